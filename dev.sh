@@ -1,0 +1,105 @@
+#!/usr/bin/env bash
+# Vantori's two commands:
+#   ./dev.sh run    build and start the program (under Xvfb with a screenshot
+#                   when there is no display)
+#   ./dev.sh test   build and run every test
+# Each installs the Debian packages it needs (as root) and configures and
+# builds before it starts.
+set -euo pipefail
+cd "$(dirname "$0")"
+ROOT=$PWD
+JOBS=$(nproc)
+
+PACKAGES=(
+  build-essential cmake ninja-build pkg-config
+  libwxgtk3.2-dev libgtest-dev clang libclang-rt-14-dev
+  xvfb xauth x11-utils imagemagick fonts-dejavu-core
+  ntfs-3g dosfstools fdisk util-linux
+  qemu-system-x86 linux-image-amd64 busybox-static cpio kmod
+)
+
+say() { printf '== %s\n' "$*"; }
+
+ensure_packages() {
+  local missing=() p
+  for p in "${PACKAGES[@]}"; do
+    dpkg-query -W -f='${Status}\n' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  if [ "$(id -u)" != 0 ]; then
+    echo "missing Debian packages: ${missing[*]}; run as root or install them first" >&2
+    exit 1
+  fi
+  say "installing ${missing[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  apt-get update -qq
+  apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+configure_build() {  # dir, extra cmake args...
+  local dir=$1; shift
+  cmake -S "$ROOT" -B "$dir" -G Ninja "$@" >/dev/null
+}
+
+build_main() {
+  say "building build/"
+  configure_build build
+  cmake --build build -j "$JOBS"
+}
+
+cmd_run() {
+  ensure_packages
+  build_main
+  cd build/bin
+  if [ -n "${DISPLAY:-}" ]; then
+    exec ./vantori "$@"
+  fi
+  local shot=$ROOT/build/screenshot.png
+  say "no display: running under Xvfb, screenshot goes to $shot"
+  rm -f "$shot"
+  xvfb-run -a -s "-screen 0 800x640x24" bash -c '
+    ./vantori "$@" & pid=$!
+    for i in $(seq 1 100); do
+      geo=$(xwininfo -name Vantori 2>/dev/null | awk "/Absolute upper-left X/{x=\$4} /Absolute upper-left Y/{y=\$4} /Width:/{w=\$2} /Height:/{h=\$2} END{if (w) print w\"x\"h\"+\"x\"+\"y}")
+      [ -n "$geo" ] && break
+      kill -0 $pid 2>/dev/null || break
+      sleep 0.2
+    done
+    if [ -z "$geo" ]; then echo "the Vantori window did not appear" >&2; kill $pid 2>/dev/null; wait $pid; exit 1; fi
+    sleep 2
+    import -window root -crop "$geo" "'"$shot"'"
+    kill $pid 2>/dev/null; wait $pid 2>/dev/null || true
+  ' bash "$@"
+  say "screenshot saved: $shot"
+}
+
+cmd_test() {
+  ensure_packages
+  local t0=$SECONDS
+  build_main
+  say "running the tests of build/"
+  local rc=0
+  (cd build && ctest --output-on-failure -j 2) || rc=1
+
+  say "sanitizer build (AddressSanitizer + UndefinedBehaviorSanitizer): build-asan/"
+  configure_build build-asan -DVANTORI_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug
+  cmake --build build-asan -j "$JOBS" --target unit_tests disk_tests
+  (cd build-asan && ASAN_OPTIONS=detect_leaks=0:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+     ctest --output-on-failure -L nongui) || rc=1
+
+  say "fuzz targets (clang libFuzzer + ASan + UBSan): build-fuzz/"
+  configure_build build-fuzz -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+    -DVANTORI_GUI=OFF -DVANTORI_TESTS=OFF -DVANTORI_FUZZ=ON
+  cmake --build build-fuzz -j "$JOBS"
+  (cd build-fuzz && ctest --output-on-failure -L fuzz) || rc=1
+
+  say "all tests done in $((SECONDS - t0)) s"
+  if [ $rc = 0 ]; then say "ALL TESTS PASSED"; else say "SOME TESTS FAILED"; fi
+  return $rc
+}
+
+case "${1:-}" in
+  run) shift; cmd_run "$@" ;;
+  test) shift; cmd_test "$@" ;;
+  *) echo "usage: $0 run|test" >&2; exit 2 ;;
+esac

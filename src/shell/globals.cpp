@@ -1,0 +1,2 @@
+// placeholder
+int vantori_placeholder_symbol = 0;

@@ -1,0 +1,90 @@
+// Test main for GUI tests: starts wxWidgets (GTK, under Xvfb) without its own
+// main loop, routes wx assertions and unexpected modal dialogs to test
+// failures, then runs GoogleTest.
+#include <gtest/gtest.h>
+
+#include <wx/app.h>
+#include <wx/evtloop.h>
+#include <wx/image.h>
+#include <wx/log.h>
+
+#include <cstring>
+#include <unistd.h>
+
+#include "gui_testing.h"
+#include "test_support.h"
+
+class TestApp : public wxApp {
+ public:
+  bool OnInit() override { return true; }
+};
+wxIMPLEMENT_APP_NO_MAIN(TestApp);
+
+namespace vt {
+std::vector<SeenMessage>& UnexpectedDialogs() {
+  static std::vector<SeenMessage> seen;
+  return seen;
+}
+}  // namespace vt
+
+namespace {
+
+void AssertToGTest(const wxString& file, int line, const wxString& func, const wxString& cond,
+                   const wxString& msg) {
+  ADD_FAILURE_AT(file.utf8_string().c_str(), line)
+      << "wx assertion in " << func.utf8_string() << ": " << cond.utf8_string() << " "
+      << msg.utf8_string();
+}
+
+// Registered for the whole run: a modal dialog that no wxTEST_DIALOG expects
+// fails the running test and is cancelled, so the run never blocks.
+class UnexpectedModalHook : public wxModalDialogHook {
+ protected:
+  int Enter(wxDialog* dlg) override {
+    vt::SeenMessage seen;
+    if (auto* md = dynamic_cast<wxMessageDialog*>(dlg)) {
+      seen.message = md->GetMessage().utf8_string();
+      seen.caption = md->GetTitle().utf8_string();
+    } else {
+      seen.caption = dlg->GetTitle().utf8_string();
+    }
+    vt::UnexpectedDialogs().push_back(seen);
+    ADD_FAILURE() << "unexpected modal dialog \"" << seen.caption << "\": " << seen.message;
+    return wxID_CANCEL;
+  }
+  void Exit(wxDialog*) override {}
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  ::testing::InitGoogleTest(&argc, argv);
+  for (int i = 1; i < argc; ++i)
+    if (std::strcmp(argv[i], "--gtest_list_tests") == 0) return RUN_ALL_TESTS();
+
+  // The module takes its images relative to the working directory.
+  if (chdir(vt::ExeDir().c_str()) != 0) return 2;
+  setlocale(LC_ALL, "C.UTF-8");
+
+  if (!wxEntryStart(argc, argv)) {
+    fprintf(stderr, "cannot start wxWidgets (no display?)\n");
+    return 2;
+  }
+  wxTheApp->CallOnInit();
+  wxSetAssertHandler(AssertToGTest);
+  wxLog::SetActiveTarget(new wxLogStderr);
+  wxInitAllImageHandlers();
+  UnexpectedModalHook hook;
+  hook.Register();
+
+  int rc;
+  {
+    wxEventLoop loop;
+    wxEventLoopBase::SetActive(&loop);
+    rc = RUN_ALL_TESTS();
+    wxEventLoopBase::SetActive(nullptr);
+  }
+  hook.Unregister();
+  wxEntryCleanup();
+  return rc;
+}

@@ -1,0 +1,34 @@
+// Helpers shared by the unit and GUI tests.
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace vt {
+
+// Directory of the running test binary, with a trailing '/'. The module finds
+// its settings there (setting/vantori/...), as it does beside the host.
+std::string ExeDir();
+
+// True when /mnt is the private tmpfs that tests/run-in-mntns.sh mounts; tests
+// that create anything under /mnt must check this first and fail otherwise.
+bool InPrivateMnt();
+
+// Copies the shipped data/setting/vantori files beside the test binary again
+// (tests that write their own settings files call this when they are done).
+void InstallShippedSettings();
+
+// Writes one file of setting/vantori/ beside the test binary (raw bytes).
+void WriteSettingFile(const std::string& name, const std::string& bytes);
+void RemoveSettingFile(const std::string& name);
+
+// Writes bytes to a file, creating parent directories.
+void WriteFile(const std::string& path, const std::string& bytes);
+std::string ReadFile(const std::string& path);
+
+// Runs pending events and idle handlers for about ms milliseconds.
+void Pump(int ms = 50);
+// Pumps until pred() holds or timeout_ms passes; returns pred().
+bool PumpUntil(const std::function<bool()>& pred, int timeout_ms = 3000);
+
+}  // namespace vt
