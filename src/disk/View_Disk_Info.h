@@ -2,6 +2,8 @@
 // under /mnt/<letter>, with its drive letter, label and size texts.
 #pragma once
 
+#include <stddef.h>
+
 #include "disk/DiskInformation.h"
 
 #define MAX_VOLUME_COUNT 26
@@ -36,3 +38,12 @@ class View_Disk_Info {
 };
 
 extern View_Disk_Info g_AllDiskPartitionInf;
+
+// Recognises every partition of the inventory (attaches its
+// FileSystemInformation and label) without mounting anything. Returns the
+// number of partitions found to hold FAT or NTFS.
+int DetectAllPartitions(MyComputer* computer);
+
+// The size text of a volume: "%.1f GB" above 1 GiB, else whole MiB as
+// "%lld MB" (rounded toward zero, so -1 gives "0 MB").
+void FormatVolumeSize(long long bytes, char* out, size_t size);

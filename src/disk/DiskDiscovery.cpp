@@ -1,0 +1,381 @@
+#include "disk/DiskDiscovery.h"
+
+#include <fcntl.h>
+#include <limits.h>
+#include <linux/cdrom.h>
+#include <linux/fs.h>
+#include <linux/hdreg.h>
+#include <scsi/scsi.h>
+#include <scsi/scsi_ioctl.h>
+#include <scsi/sg.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "disk/DeviceSeam.h"
+#include "disk/PartitionTable.h"
+
+// Not every libc ships these two in <scsi/scsi_ioctl.h>.
+#ifndef SCSI_IOCTL_GET_PCI
+#define SCSI_IOCTL_GET_PCI 0x5387
+#endif
+#ifndef SCSI_IOCTL_PROBE_HOST
+#define SCSI_IOCTL_PROBE_HOST 0x5385
+#endif
+
+namespace {
+
+const int kOpenFlags = O_RDWR | O_NONBLOCK;
+
+// An optical drive answers the drive-status query; a disk refuses it.
+bool IsOpticalDrive(int fd) {
+  return g_DeviceSeam.Ioctl(fd, CDROM_DRIVE_STATUS, reinterpret_cast<void*>(CDSL_CURRENT)) != -1;
+}
+
+void ReleaseSlot(HardDiskInformation* disk) {
+  free(disk->Partitions);
+  memset(disk, 0, sizeof(*disk));
+}
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Geometry from the end head and end sector of the used entries of the
+// master boot record; every used entry must agree with entry 0.
+int GeometryFromBootRecord(int fd, HardDiskInformation* disk) {
+  unsigned short bps = disk->BytesPerSector;
+  if (bps < 512) return -1;
+  unsigned char* sector = static_cast<unsigned char*>(malloc(bps));
+  if (sector == NULL) return -1;
+  int result = -1;
+  if (DirectReadDisk(fd, 0, 1, sector, bps) == 1 && sector[510] == 0x55 && sector[511] == 0xAA) {
+    unsigned int endHead = 0, endSector = 0;
+    bool found = false;
+    for (int i = 0; i < 4; ++i) {
+      const unsigned char* entry = sector + 446 + 16 * i;
+      if (static_cast<signed char>(entry[0]) > 0) continue;  // boot indicator 0x01..0x7F
+      if (entry[4] == 0) continue;
+      if (i == 0) {
+        endHead = entry[5];
+        endSector = entry[6] & 63;
+        found = true;
+      } else if (entry[5] != endHead || (entry[6] & 63) != endSector) {
+        found = false;
+        break;
+      }
+    }
+    if (found && endHead != 0 && endSector != 0) {
+      disk->Heads = static_cast<uint16_t>(endHead + 1);
+      disk->SectorsPerTrack = static_cast<uint16_t>(endSector);
+      result = 0;
+    }
+  }
+  free(sector);
+  return result;
+}
+
+int GeometryFromDriver(int fd, HardDiskInformation* disk) {
+  struct hd_geometry geo;
+  memset(&geo, 0, sizeof(geo));
+  if (g_DeviceSeam.Ioctl(fd, HDIO_GETGEO, &geo) == -1) return -1;
+  if (geo.heads == 0 || geo.sectors == 0) return -1;
+  disk->Heads = geo.heads;
+  disk->SectorsPerTrack = geo.sectors;
+  return 0;
+}
+
+// Sends a standard INQUIRY of len bytes; false when the request fails.
+bool Inquiry(int fd, unsigned char* data, unsigned char len) {
+  unsigned char cdb[6] = {0x12, 0, 0, 0, len, 0};
+  unsigned char sense[32];
+  memset(sense, 0, sizeof(sense));
+  memset(data, 0, 256);
+  sg_io_hdr_t io;
+  memset(&io, 0, sizeof(io));
+  io.interface_id = 'S';
+  io.dxfer_direction = SG_DXFER_FROM_DEV;
+  io.cmd_len = sizeof(cdb);
+  io.mx_sb_len = sizeof(sense);
+  io.dxfer_len = len;
+  io.dxferp = data;
+  io.cmdp = cdb;
+  io.sbp = sense;
+  io.timeout = 200;
+  return g_DeviceSeam.Ioctl(fd, SG_IO, &io) != -1;
+}
+
+}  // namespace
+
+int DiskListFun(MyComputer* root, int readPartitions) {
+  if (root == NULL) return 0;
+  root->DiskCount = 0;
+  HardDiskInformation table[MAX_DISK_COUNT];
+  memset(table, 0, sizeof(table));
+  int count = 0;
+
+  for (char letter = 'a'; letter <= 'd' && count < MAX_DISK_COUNT; ++letter) {
+    HardDiskInformation* slot = &table[count];
+    snprintf(slot->DevicePath, sizeof(slot->DevicePath), "/dev/hd%c", letter);
+    int fd = g_DeviceSeam.Open64(slot->DevicePath, kOpenFlags);
+    bool kept = false;
+    if (fd != -1 && !IsOpticalDrive(fd)) kept = GetIdeHardDisk(fd, slot, readPartitions) == 0;
+    g_DeviceSeam.Close(fd);
+    if (kept)
+      ++count;
+    else
+      ReleaseSlot(slot);
+  }
+
+  SgInformation sgList[MAX_SG_COUNT];
+  memset(sgList, 0, sizeof(sgList));
+  int sgCount = GetSgInfomation(sgList);
+
+  for (char letter = 'a'; letter <= 'j' && count < MAX_DISK_COUNT; ++letter) {
+    HardDiskInformation* slot = &table[count];
+    snprintf(slot->DevicePath, sizeof(slot->DevicePath), "/dev/sd%c", letter);
+    int fd = g_DeviceSeam.Open64(slot->DevicePath, kOpenFlags);
+    bool kept = false;
+    if (fd != -1 && !IsOpticalDrive(fd))
+      kept = GetScsiHardDisk(fd, slot, sgList, sgCount, readPartitions) == 0;
+    g_DeviceSeam.Close(fd);
+    if (kept)
+      ++count;
+    else
+      ReleaseSlot(slot);
+  }
+
+  if (readPartitions == 1) {
+    // 'Z' is never given out here; partitions beyond 'Y' keep letter 0.
+    char letter = 'C';
+    for (int d = 0; d < count; ++d) {
+      if (table[d].Partitions == NULL) continue;
+      for (int p = 0; p < table[d].PartitionCount; ++p) {
+        if (letter < 'Z') table[d].Partitions[p].DriveLetter = letter++;
+      }
+    }
+  }
+
+  if (count == 0) return 0;
+  HardDiskInformation* disks =
+      static_cast<HardDiskInformation*>(malloc(sizeof(HardDiskInformation) * count));
+  if (disks == NULL) {
+    for (int d = 0; d < count; ++d) ReleaseSlot(&table[d]);
+    return 0;
+  }
+  memcpy(disks, table, sizeof(HardDiskInformation) * count);
+  root->Disks = disks;
+  root->DiskCount = count;
+  return count;
+}
+
+int GetIdeHardDisk(int fd, HardDiskInformation* disk, int readPartitions) {
+  if (disk == NULL) return -1;
+  unsigned char identify[512];
+  memset(identify, 0, sizeof(identify));
+  if (g_DeviceSeam.Ioctl(fd, HDIO_GET_IDENTITY, identify) == -1) return -1;
+  // Words 27..46: the model, copied as the device gives it.
+  if (identify[54] != 0) memcpy(disk->Model, identify + 54, sizeof(disk->Model));
+  uint8_t flags = 0;
+  if (identify[0] & 0x80) flags |= DISK_FLAG_REMOVABLE;  // word 0 bit 7
+  if (identify[99] & 0x01) flags |= DISK_FLAG_DMA;       // word 49 bit 8
+  if (identify[99] & 0x02) flags |= DISK_FLAG_LBA;       // word 49 bit 9
+  disk->Flags = flags;
+  GetDiskCHSParameter(fd, disk, 0);
+  if (readPartitions == 1) {
+    free(disk->Partitions);
+    disk->Partitions = NULL;
+    disk->PartitionCount =
+        static_cast<uint16_t>(GetPartitionInformation(fd, disk->BytesPerSector, &disk->Partitions));
+  }
+  return 0;
+}
+
+int GetScsiHardDisk(int fd, HardDiskInformation* disk, SgInformation* sgList, int sgCount,
+                    int readPartitions) {
+  if (disk == NULL) return -1;
+  unsigned char probe[50];
+  memset(probe, 0, sizeof(probe));
+  if (g_DeviceSeam.Ioctl(fd, SCSI_IOCTL_PROBE_HOST, probe) == -1) return -1;
+  int host = 0;
+  if (g_DeviceSeam.Ioctl(fd, SCSI_IOCTL_GET_BUS_NUMBER, &host) == -1) return -1;
+  int idlun[2] = {0, 0};
+  if (g_DeviceSeam.Ioctl(fd, SCSI_IOCTL_GET_IDLUN, idlun) == -1) return -1;
+  int id = idlun[0] & 0xff;
+  int lun = (idlun[0] >> 8) & 0xff;
+  int channel = (idlun[0] >> 16) & 0xff;
+  char handle[20];
+  GetScsiHandle(host, channel, id, lun, handle);
+  if (sgList != NULL) {
+    if (sgCount > MAX_SG_COUNT) sgCount = MAX_SG_COUNT;
+    for (int i = 0; i < sgCount; ++i) {
+      if (strncmp(sgList[i].Handle, handle, sizeof(handle)) != 0) continue;
+      memset(disk->Model, 0, sizeof(disk->Model));
+      memcpy(disk->Model, sgList[i].Identity, sizeof(sgList[i].Identity) - 1);
+      disk->Flags = static_cast<uint8_t>(sgList[i].Flags | DISK_FLAG_DMA | DISK_FLAG_LBA);
+    }
+  }
+  GetDiskCHSParameter(fd, disk, 0);
+  if (readPartitions == 1) {
+    free(disk->Partitions);
+    disk->Partitions = NULL;
+    disk->PartitionCount =
+        static_cast<uint16_t>(GetPartitionInformation(fd, disk->BytesPerSector, &disk->Partitions));
+  }
+  return 0;
+}
+
+int GetSgInfomation(SgInformation* list) {
+  if (list == NULL) return 0;
+  int count = 0;
+  unsigned char data[256];
+  for (int n = 0; n < MAX_SG_COUNT; ++n) {
+    char path[16];
+    snprintf(path, sizeof(path), "/dev/sg%d", n);
+    int fd = g_DeviceSeam.Open64(path, kOpenFlags);
+    if (fd == -1) {
+      g_DeviceSeam.Close(fd);
+      continue;
+    }
+    SgInformation* rec = &list[count];
+    bool accepted = false;
+    struct sg_scsi_id scsiId;
+    memset(&scsiId, 0, sizeof(scsiId));
+    if (g_DeviceSeam.Ioctl(fd, SG_GET_SCSI_ID, &scsiId) != -1) {
+      GetScsiHandle(scsiId.host_no, scsiId.channel, scsiId.scsi_id, scsiId.lun, rec->Handle);
+      unsigned char asked = 36;
+      bool ok = Inquiry(fd, data, asked);
+      if (ok) {
+        int full = data[4] + 5;
+        if (full >= 37 && full <= 255) {
+          asked = static_cast<unsigned char>(full);
+          ok = Inquiry(fd, data, asked);
+        }
+      }
+      if (ok && asked == data[4] + 5) {
+        uint8_t flags = 0;
+        if (data[1] & 0x80) flags |= DISK_FLAG_REMOVABLE;
+        char pci[64];
+        memset(pci, 0, sizeof(pci));
+        if (g_DeviceSeam.Ioctl(fd, SCSI_IOCTL_GET_PCI, pci) != -1) {
+          pci[sizeof(pci) - 1] = 0;
+          if (IsUsbDevice(pci)) flags |= DISK_FLAG_REMOVABLE;
+        }
+        rec->Flags = flags;
+        memcpy(rec->Identity, data + 8, 24);
+        rec->Identity[24] = 0;
+        accepted = true;
+      }
+    }
+    g_DeviceSeam.Close(fd);
+    if (accepted)
+      ++count;
+    else
+      memset(rec, 0, sizeof(*rec));
+  }
+  return count;
+}
+
+int GetScsiHandle(int host, int channel, int id, int lun, char* out) {
+  if (out == NULL) return 0;
+  char hostText[16] = "", channelText[16] = "", idText[16] = "", lunText[16] = "";
+  if (host >= 0) {
+    snprintf(hostText, sizeof(hostText), "SCSI:%02d", host);
+    if (channel >= 0) {
+      snprintf(channelText, sizeof(channelText), ":%02d", channel);
+      if (id >= 0) {
+        snprintf(idText, sizeof(idText), ":%02d", id);
+        if (lun >= 0) snprintf(lunText, sizeof(lunText), ":%02d", lun);
+      }
+    }
+  }
+  snprintf(out, 20, "%s%s%s%s", hostText, channelText, idText, lunText);
+  return static_cast<int>(strlen(out));
+}
+
+int IsUsbDevice(char* text) {
+  if (text == NULL || text[0] == 0) return 0;
+  int i = 0;
+  // digits up to the first '-'
+  while (text[i] != '-') {
+    if (!IsDigit(text[i]) || text[i + 1] == 0) return 0;
+    ++i;
+  }
+  ++i;
+  // digits and dots up to the next ':'
+  while (text[i] != ':') {
+    if (text[i] == 0 || !(IsDigit(text[i]) || text[i] == '.')) return 0;
+    ++i;
+  }
+  ++i;
+  // digits up to the next '.'
+  while (text[i] != '.') {
+    if (!IsDigit(text[i]) || text[i + 1] == 0) return 0;
+    ++i;
+  }
+  ++i;
+  // digits to the end
+  for (; text[i] != 0; ++i) {
+    if (!IsDigit(text[i])) return 0;
+  }
+  return 1;
+}
+
+int GetDiskCHSParameter(int fd, HardDiskInformation* disk, unsigned char mode) {
+  if (fd == -1 || disk == NULL) return -1;
+  int sectorSize = 0;
+  if (g_DeviceSeam.Ioctl(fd, BLKSSZGET, &sectorSize) == -1 || sectorSize <= 0 ||
+      sectorSize > 0xFFFF)
+    return -1;
+  disk->BytesPerSector = static_cast<uint16_t>(sectorSize);
+
+  uint64_t bytes = 0;
+  if (g_DeviceSeam.Ioctl(fd, BLKGETSIZE64, &bytes) != -1) {
+    disk->TotalSectors = static_cast<uint32_t>(bytes / disk->BytesPerSector);
+  } else {
+    // The older query counts 512-byte units.
+    unsigned long units = 0;
+    if (g_DeviceSeam.Ioctl(fd, BLKGETSIZE, &units) == -1) return -1;
+    disk->TotalSectors =
+        static_cast<uint32_t>(static_cast<uint64_t>(units) * 512 / disk->BytesPerSector);
+  }
+
+  int result;
+  switch (mode) {
+    case 0:
+      result = GeometryFromBootRecord(fd, disk);
+      if (result != 0) result = GeometryFromDriver(fd, disk);
+      break;
+    case 1:
+      result = GeometryFromDriver(fd, disk);
+      break;
+    case 2:
+      result = GeometryFromBootRecord(fd, disk);
+      break;
+    default:
+      return -1;
+  }
+  if (result != 0) return -1;
+  disk->Cylinders = disk->TotalSectors /
+                    (static_cast<uint32_t>(disk->Heads) * disk->SectorsPerTrack);
+  return 0;
+}
+
+int DirectReadDisk(int fd, unsigned long sector, int count, unsigned char* buffer,
+                   unsigned short bytesPerSector) {
+  if (buffer == NULL || fd == -1 || count < 1 || bytesPerSector == 0) return 0;
+  off64_t offset = static_cast<off64_t>(static_cast<uint64_t>(sector) * bytesPerSector);
+  if (offset < 0 || g_DeviceSeam.Lseek64(fd, offset, SEEK_SET) == -1) return 0;
+  ssize_t done = g_DeviceSeam.Read(fd, buffer, static_cast<size_t>(count) * bytesPerSector);
+  if (done <= 0) return 0;
+  return static_cast<int>(done / bytesPerSector);
+}
+
+int DirectWriteDisk(int fd, unsigned long sector, int count, unsigned char* buffer,
+                    unsigned short bytesPerSector) {
+  if (buffer == NULL || fd == -1 || count < 1 || bytesPerSector == 0) return 0;
+  off64_t offset = static_cast<off64_t>(static_cast<uint64_t>(sector) * bytesPerSector);
+  if (offset < 0 || g_DeviceSeam.Lseek64(fd, offset, SEEK_SET) == -1) return 0;
+  ssize_t done = g_DeviceSeam.Write(fd, buffer, static_cast<size_t>(count) * bytesPerSector);
+  if (done <= 0) return 0;
+  return static_cast<int>(done / bytesPerSector);
+}

@@ -1,0 +1,245 @@
+#include "disk/FileSystemDetect.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "disk/DeviceSeam.h"
+#include "disk/DiskDiscovery.h"
+
+namespace {
+
+const int kDirEntrySize = 32;
+const unsigned char kLabelAttribute = 0x08;
+const unsigned char kVolumeNameAttribute = 0x60;
+const int kFatWindowSectors = 128;
+const uint32_t kFatWindowEntries = 16384;
+const uint32_t kLastDataCluster = 0x0FFFFFEF;
+
+enum ScanResult { SCAN_GO_ON, SCAN_DONE };
+
+// Looks through the 32-byte entries of the first 512 bytes of a directory
+// sector. An entry starting with 0 ends the directory; an entry whose
+// attribute byte is exactly 8 is the label (its 11 name bytes are copied).
+ScanResult ScanForLabel(const unsigned char* sector, char* label) {
+  for (int off = 0; off + kDirEntrySize <= 512; off += kDirEntrySize) {
+    const unsigned char* entry = sector + off;
+    if (entry[0] == 0) return SCAN_DONE;
+    if (entry[11] == kLabelAttribute) {
+      memcpy(label, entry, 11);
+      label[11] = 0;
+      return SCAN_DONE;
+    }
+  }
+  return SCAN_GO_ON;
+}
+
+void FatFixedRootLabel(unsigned short bps, FileSystemInformation* fs, int fd, char* label) {
+  unsigned char* sector = static_cast<unsigned char*>(malloc(bps));
+  if (sector == NULL) return;
+  for (uint32_t i = 0; i < fs->RootDirSectors; ++i) {
+    if (DirectReadDisk(fd, static_cast<unsigned long>(fs->RootLocation) + i, 1, sector, bps) != 1)
+      break;
+    if (ScanForLabel(sector, label) == SCAN_DONE) break;
+  }
+  free(sector);
+}
+
+// Walks the root directory's cluster chain. Besides the plausibility bound
+// on cluster numbers, the walk visits at most as many clusters as that bound
+// allows, so a chain that loops back on itself ends.
+void Fat32RootLabel(unsigned short bps, FileSystemInformation* fs, int fd, char* label) {
+  unsigned char* sector = static_cast<unsigned char*>(malloc(bps));
+  unsigned char* fat = static_cast<unsigned char*>(malloc(static_cast<size_t>(bps) * kFatWindowSectors));
+  if (sector != NULL && fat != NULL) {
+    const uint64_t bound = static_cast<uint64_t>(fs->FatSize) * 16;
+    uint64_t window = UINT64_MAX;
+    uint64_t visited = 0;
+    uint32_t cluster = fs->RootLocation;
+    bool done = false;
+    while (!done && cluster <= kLastDataCluster) {
+      if (cluster >= bound || cluster < 2 || visited++ >= bound) break;
+      uint64_t first = fs->FirstDataSector + static_cast<uint64_t>(fs->SectorsPerCluster) * (cluster - 2);
+      for (uint32_t j = 0; j < fs->SectorsPerCluster; ++j) {
+        if (DirectReadDisk(fd, static_cast<unsigned long>(first + j), 1, sector, bps) != 1 ||
+            ScanForLabel(sector, label) == SCAN_DONE) {
+          done = true;
+          break;
+        }
+      }
+      if (done) break;
+      uint64_t index = cluster >> 14;
+      if (index != window) {
+        uint64_t at = fs->ReservedSectors + index * kFatWindowSectors;
+        if (DirectReadDisk(fd, static_cast<unsigned long>(at), kFatWindowSectors, fat, bps) !=
+            kFatWindowSectors)
+          break;
+        window = index;
+      }
+      // (cluster - index * 16384) * 4 + 3 < 65536 <= 128 * bps: inside the window.
+      cluster = ByteToDWord(fat, static_cast<int>((cluster - index * kFatWindowEntries) * 4));
+    }
+  }
+  free(fat);
+  free(sector);
+}
+
+// The label of an NTFS volume: the volume-name attribute of file record 3,
+// read as two sectors. Every offset taken from the record is checked against
+// those two sectors before it is used.
+char* NtfsLabel(unsigned short bps, FileSystemInformation* fs, int fd) {
+  const size_t size = static_cast<size_t>(bps) * 2;
+  unsigned char* record = static_cast<unsigned char*>(malloc(size));
+  if (record == NULL) return NULL;
+  char* label = NULL;
+  uint64_t at = static_cast<uint64_t>(fs->RootLocation) * fs->SectorsPerCluster + 6;
+  if (DirectReadDisk(fd, static_cast<unsigned long>(at), 2, record, bps) == 2) {
+    size_t attr = record[20];
+    bool found = false;
+    for (int n = 0; n < 6 && attr < size; ++n) {
+      if (record[attr] == kVolumeNameAttribute) {
+        found = true;
+        break;
+      }
+      if (attr + 4 >= size) break;
+      attr += record[attr + 4];
+    }
+    if (found && attr + 20 < size) {
+      size_t chars = record[attr + 16] / 2;
+      size_t value = attr + record[attr + 20];
+      // Stop at the end of the two sectors.
+      size_t fit = value < size ? (size - value) / 2 : 0;
+      if (chars > fit) chars = fit;
+      label = static_cast<char*>(malloc(chars + 1));
+      if (label != NULL) {
+        for (size_t c = 0; c < chars; ++c) label[c] = static_cast<char>(record[value + 2 * c]);
+        label[chars] = 0;
+      }
+    }
+  }
+  free(record);
+  return label;
+}
+
+}  // namespace
+
+int DetectPartition(char* path, unsigned short bytesPerSector, PartitionInformation* part) {
+  if (bytesPerSector < 512 || part == NULL) return -1;
+  FileSystemInformation* fs =
+      static_cast<FileSystemInformation*>(calloc(1, sizeof(FileSystemInformation)));
+  if (fs == NULL) return -1;
+  if (part->FileSystem != NULL) FreeFsInfo(part->FileSystem);
+  part->FileSystem = fs;
+  if (path == NULL) return 0;
+
+  int fd = g_DeviceSeam.Open64(path, O_RDWR | O_NONBLOCK);
+  if (fd == -1) return 0;
+  unsigned char* boot = static_cast<unsigned char*>(malloc(bytesPerSector));
+  if (boot != NULL && DirectReadDisk(fd, 0, 1, boot, bytesPerSector) == 1) {
+    uint8_t spc = boot[13];
+    bool plausible = boot[510] == 0x55 && boot[511] == 0xAA &&
+                     ByteToWord(boot, 11) == bytesPerSector;
+    if (plausible) {
+      fs->SectorsPerCluster = spc;
+      plausible = spc >= 1 && spc <= 128 && (spc & (spc - 1)) == 0;
+    }
+    if (plausible) {
+      fs->ReservedSectors = ByteToWord(boot, 14);
+      if (memcmp(boot + 3, "NTFS", 4) == 0 && fs->ReservedSectors == 0)
+        DetectNtVolume(boot, bytesPerSector, fs, fd);
+      else
+        DetectFatVolume(boot, bytesPerSector, fs, fd);
+    }
+  }
+  free(boot);
+  g_DeviceSeam.Close(fd);
+  return 0;
+}
+
+int DetectFatVolume(unsigned char* bootSector, unsigned short bytesPerSector,
+                    FileSystemInformation* fs, int fd) {
+  if (bootSector == NULL || fs == NULL) return 0;
+  fs->FsType = FS_TYPE_UNKNOWN;
+  if (bytesPerSector < 512 || fs->SectorsPerCluster == 0) return 0;
+  unsigned int fatCount = bootSector[16];
+  unsigned int rootEntries = ByteToWord(bootSector, 17);
+  fs->TotalSectors = ByteToWord(bootSector, 19);
+  fs->FatSize = ByteToWord(bootSector, 22);
+  if (rootEntries == 0 && fs->FatSize != 0) return 0;
+  if (fs->TotalSectors == 0) {
+    fs->TotalSectors = ByteToDWord(bootSector, 32);
+    if (fs->TotalSectors == 0) return 0;
+  }
+  if (fs->FatSize == 0) {
+    fs->FatSize = ByteToDWord(bootSector, 36);
+    if (fs->FatSize == 0) return 0;
+    // FAT32
+    fs->SecondaryWord = ByteToWord(bootSector, 48);
+    fs->RootLocation = ByteToDWord(bootSector, 44);
+    if (fs->RootLocation < 2) return 0;
+    fs->FirstDataSector =
+        static_cast<uint32_t>(static_cast<uint64_t>(fs->FatSize) * fatCount + fs->ReservedSectors);
+    fs->FsType = FS_TYPE_FAT32;
+  } else {
+    uint64_t rootStart = static_cast<uint64_t>(fs->FatSize) * fatCount + fs->ReservedSectors;
+    uint64_t rootSectors = (rootEntries * 32 + bytesPerSector - 1) / bytesPerSector;
+    uint64_t firstData = rootStart + rootSectors;
+    fs->RootLocation = static_cast<uint32_t>(rootStart);
+    fs->RootDirSectors = static_cast<uint16_t>(rootSectors);
+    fs->FirstDataSector = static_cast<uint32_t>(firstData);
+    // A volume whose areas before the data already fill it holds no cluster.
+    if (fs->TotalSectors < firstData) return 0;
+    uint64_t clusters = (fs->TotalSectors - firstData) / fs->SectorsPerCluster;
+    fs->FsType = clusters > 4084 ? FS_TYPE_FAT16 : FS_TYPE_FAT12;
+  }
+  GetVolumeLabel(bytesPerSector, fs, fd);
+  return 0;
+}
+
+int DetectNtVolume(unsigned char* bootSector, unsigned short bytesPerSector,
+                   FileSystemInformation* fs, int fd) {
+  if (bootSector == NULL || fs == NULL) return 0;
+  fs->FsType = FS_TYPE_UNKNOWN;
+  fs->TotalSectors = static_cast<uint32_t>(ByteToQWord(bootSector, 40));
+  fs->RootLocation = static_cast<uint32_t>(ByteToQWord(bootSector, 48));
+  fs->FatSize = static_cast<uint32_t>(ByteToQWord(bootSector, 56));
+  fs->RootDirSectors = ByteToWord(bootSector, 64);
+  fs->SecondaryWord = ByteToWord(bootSector, 68);
+  if (fs->TotalSectors == 0 || fs->RootLocation == 0) return 0;
+  unsigned int spc = fs->SectorsPerCluster;
+  if (spc == 1 || spc == 2) {
+    if (spc * fs->RootDirSectors != 2) return 0;
+  } else if (spc >= 3) {
+    if (fs->RootDirSectors != 0xF6) return 0;  // 2^10 bytes per file record
+  } else {
+    return 0;
+  }
+  fs->FsType = FS_TYPE_NTFS;
+  GetVolumeLabel(bytesPerSector, fs, fd);
+  return 0;
+}
+
+void GetVolumeLabel(unsigned short bytesPerSector, FileSystemInformation* fs, int fd) {
+  if (fs == NULL || bytesPerSector < 512) return;
+  switch (fs->FsType) {
+    case FS_TYPE_FAT12:
+    case FS_TYPE_FAT16:
+    case FS_TYPE_FAT32: {
+      char* label = static_cast<char*>(calloc(12, 1));
+      if (label == NULL) return;
+      free(fs->VolumeLabel);
+      fs->VolumeLabel = label;
+      if (fs->FsType == FS_TYPE_FAT32)
+        Fat32RootLabel(bytesPerSector, fs, fd, label);
+      else
+        FatFixedRootLabel(bytesPerSector, fs, fd, label);
+      break;
+    }
+    case FS_TYPE_NTFS:
+      free(fs->VolumeLabel);
+      fs->VolumeLabel = NtfsLabel(bytesPerSector, fs, fd);
+      break;
+    default:
+      break;
+  }
+}

@@ -1,0 +1,20 @@
+// Recognising FAT12/16/32 and NTFS volumes from their boot sectors and
+// reading their labels, through the partition's own device node.
+#pragma once
+
+#include "disk/DiskInformation.h"
+
+// Attaches a new FileSystemInformation to part (replacing an earlier one)
+// and fills it. 0 when a record was attached, -1 when bytesPerSector is below
+// 512 or no record could be allocated.
+int DetectPartition(char* path, unsigned short bytesPerSector, PartitionInformation* part);
+
+// bootSector holds at least one whole sector of bytesPerSector (>= 512)
+// bytes. Both return 0; the verdict is fs->FsType.
+int DetectFatVolume(unsigned char* bootSector, unsigned short bytesPerSector,
+                    FileSystemInformation* fs, int fd);
+int DetectNtVolume(unsigned char* bootSector, unsigned short bytesPerSector,
+                   FileSystemInformation* fs, int fd);
+
+// Fills fs->VolumeLabel according to fs->FsType.
+void GetVolumeLabel(unsigned short bytesPerSector, FileSystemInformation* fs, int fd);

@@ -1,0 +1,201 @@
+#include "disk/View_Disk_Info.h"
+
+#include <errno.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/statfs.h>
+
+#include "disk/DeviceSeam.h"
+#include "disk/DiskDiscovery.h"
+#include "disk/FileSystemDetect.h"
+
+View_Disk_Info g_AllDiskPartitionInf;
+
+namespace {
+
+// The mount flag word without options (MS_MGC_VAL).
+const unsigned long kMountMagic = 0xC0ED0000UL;
+
+// Copies text (or nothing when it is null) into a field of size bytes,
+// cutting it to fit and always terminating it.
+void CopyField(char* field, size_t size, const char* text) {
+  if (size == 0) return;
+  field[0] = 0;
+  if (text == NULL) return;
+  size_t n = strnlen(text, size - 1);
+  memcpy(field, text, n);
+  field[n] = 0;
+}
+
+const char* FsName(uint8_t type) {
+  switch (type) {
+    case FS_TYPE_FAT12: return "FAT12";
+    case FS_TYPE_FAT16: return "FAT16";
+    case FS_TYPE_FAT32: return "FAT32";
+    case FS_TYPE_NTFS: return "NTFS";
+    default: return "UNKNOWN";
+  }
+}
+
+// The partition node: the disk's node followed by the partition number.
+void PartitionNode(const HardDiskInformation* disk, const PartitionInformation* part, char* out,
+                   size_t size) {
+  char path[sizeof(disk->DevicePath) + 1];
+  CopyField(path, sizeof(path), disk->DevicePath);
+  snprintf(out, size, "%s%d", path, part->PartitionNumber);
+}
+
+void Unrecognise(PartitionInformation* part) {
+  if (part->FileSystem != NULL) part->FileSystem->FsType = FS_TYPE_UNKNOWN;
+  part->DriveLetter = 0;
+}
+
+const char* Printable(const char* text) { return text != NULL ? text : ""; }
+
+}  // namespace
+
+void FormatVolumeSize(long long bytes, char* out, size_t size) {
+  if (out == NULL || size == 0) return;
+  double g = static_cast<double>(bytes) / 1024 / 1024 / 1024;
+  int written;
+  if (g > 1.0)
+    written = snprintf(out, size, "%.1f GB", g);
+  else
+    written = snprintf(out, size, "%lld MB", bytes / (1024LL * 1024LL));  // toward zero: -1 gives 0
+  // A text longer than the field is cut to fit (snprintf already did).
+  if (written < 0) out[0] = 0;
+}
+
+int DetectAllPartitions(MyComputer* computer) {
+  if (computer == NULL || computer->Disks == NULL) return 0;
+  int recognised = 0;
+  for (int d = 0; d < computer->DiskCount; ++d) {
+    HardDiskInformation* disk = &computer->Disks[d];
+    if (disk->Partitions == NULL) continue;
+    for (int p = 0; p < disk->PartitionCount; ++p) {
+      PartitionInformation* part = &disk->Partitions[p];
+      char node[32];
+      PartitionNode(disk, part, node, sizeof(node));
+      if (DetectPartition(node, disk->BytesPerSector, part) != 0) continue;
+      if (part->FileSystem->FsType != FS_TYPE_UNKNOWN) ++recognised;
+    }
+  }
+  return recognised;
+}
+
+View_Disk_Info::View_Disk_Info() {
+  memset(m_Volume, 0, sizeof(m_Volume));
+  m_Computer.DiskCount = 0;
+  m_Computer.Disks = NULL;
+  m_DiskCount = static_cast<uint16_t>(DiskListFun(&m_Computer, 1));
+  m_VolumeCount = 0;
+}
+
+// Volumes stay mounted unless UI_FreeMemory ran.
+View_Disk_Info::~View_Disk_Info() {}
+
+int View_Disk_Info::UI_InitDevice() {
+  char letter = 'C';
+  if (m_Computer.Disks == NULL) return 0;
+  for (int d = 0; d < m_Computer.DiskCount; ++d) {
+    HardDiskInformation* disk = &m_Computer.Disks[d];
+    if (disk->Partitions == NULL) continue;
+    for (int p = 0; p < disk->PartitionCount; ++p) {
+      PartitionInformation* part = &disk->Partitions[p];
+      char node[32];
+      PartitionNode(disk, part, node, sizeof(node));
+      printf("%s\n", node);
+      if (DetectPartition(node, disk->BytesPerSector, part) != 0) continue;
+      FileSystemInformation* fs = part->FileSystem;
+      uint8_t type = fs->FsType;
+      if (type == FS_TYPE_UNKNOWN || type > FS_TYPE_NTFS) {
+        part->DriveLetter = 0;
+        continue;
+      }
+      if (letter > 'Z' || m_VolumeCount >= MAX_VOLUME_COUNT) {
+        Unrecognise(part);
+        continue;
+      }
+      char mountPoint[32];
+      snprintf(mountPoint, sizeof(mountPoint), "/mnt/%c", letter);
+      if (g_DeviceSeam.Mkdir(mountPoint, 0777) != 0 && errno != EEXIST) {
+        Unrecognise(part);
+        continue;
+      }
+      if (type == FS_TYPE_NTFS) {
+        char command[160];
+        snprintf(command, sizeof(command), "ntfsfix %s > /dev/null 2>&1", node);
+        g_DeviceSeam.System(command);
+        snprintf(command, sizeof(command),
+                 "ntfs-3g %s %s -o force,locale=zh_CN.utf8,umask=007,gid=46 > /dev/null 2>&1", node,
+                 mountPoint);
+        if (g_DeviceSeam.System(command) != 0) {
+          Unrecognise(part);
+          g_DeviceSeam.System(command);
+          continue;
+        }
+      } else if (g_DeviceSeam.Mount(node, mountPoint, "vfat", kMountMagic, NULL) != 0) {
+        // Nothing is retried for a vfat volume.
+        Unrecognise(part);
+        continue;
+      }
+
+      VolumeInformation* volume = &m_Volume[m_VolumeCount];
+      volume->Removable = (disk->Flags & DISK_FLAG_REMOVABLE) ? 1 : 0;
+      volume->DriveLetter = letter;
+      part->DriveLetter = letter;
+      CopyField(volume->MountPoint, sizeof(volume->MountPoint), mountPoint);
+      volume->FsType = type;
+      if (type != FS_TYPE_NTFS) {
+        printf("VolumeLable_1 = %s \n", Printable(fs->VolumeLabel));
+        printf("VolumeLable_2 = %s \n", volume->VolumeLabel);
+      }
+      // An NTFS volume without a volume-name attribute gets an empty label.
+      CopyField(volume->VolumeLabel, sizeof(volume->VolumeLabel), fs->VolumeLabel);
+      printf("VolumeLable_11 = %s \n", Printable(fs->VolumeLabel));
+      printf("VolumeLable_22 = %s \n", volume->VolumeLabel);
+      ++letter;
+      ++m_VolumeCount;
+    }
+  }
+  return 0;
+}
+
+int View_Disk_Info::GetDiskParttionInfo() {
+  for (int i = 0; i < m_VolumeCount && i < MAX_VOLUME_COUNT; ++i) {
+    VolumeInformation* volume = &m_Volume[i];
+    long long freeBytes = Ui_GetVolumeFreeSpace(volume->MountPoint);
+    long long sizeBytes = Ui_GetVolumeSpace(volume->MountPoint);
+    FormatVolumeSize(freeBytes, volume->FreeText, sizeof(volume->FreeText));
+    FormatVolumeSize(sizeBytes, volume->SizeText, sizeof(volume->SizeText));
+    CopyField(volume->FsName, sizeof(volume->FsName), FsName(volume->FsType));
+  }
+  return 0;
+}
+
+long long View_Disk_Info::Ui_GetVolumeSpace(char* path) {
+  struct statfs64 info;
+  memset(&info, 0, sizeof(info));
+  if (path == NULL || g_DeviceSeam.Statfs64(path, &info) != 0) return -1;
+  return static_cast<long long>(info.f_bsize) * static_cast<long long>(info.f_blocks);
+}
+
+long long View_Disk_Info::Ui_GetVolumeFreeSpace(char* path) {
+  struct statfs64 info;
+  memset(&info, 0, sizeof(info));
+  if (path == NULL || g_DeviceSeam.Statfs64(path, &info) != 0) return -1;
+  return static_cast<long long>(info.f_bsize) * static_cast<long long>(info.f_bfree);
+}
+
+int View_Disk_Info::GetCurrentParttionNum() { return m_VolumeCount; }
+
+int View_Disk_Info::UI_FreeMemory() {
+  for (int i = 0; i < m_VolumeCount && i < MAX_VOLUME_COUNT; ++i) {
+    g_DeviceSeam.Umount(m_Volume[i].MountPoint);
+    memset(&m_Volume[i], 0, sizeof(m_Volume[i]));
+  }
+  FreeHdInfoList(&m_Computer, FreeFsInfo);
+  m_DiskCount = static_cast<uint16_t>(DiskListFun(&m_Computer, 1));
+  m_VolumeCount = 0;
+  return 0;
+}

@@ -1,0 +1,203 @@
+#include "probe_report.h"
+
+#include <string.h>
+
+#include <string>
+#include <vector>
+
+#include "disk/DiskDiscovery.h"
+
+namespace {
+
+// Appends at most max bytes of text (less at a NUL); bytes that are not
+// printable ASCII are written as \xNN so that a line stays one line.
+void AppendEscaped(std::string* line, const char* text, size_t max) {
+  if (text == NULL) return;
+  for (size_t i = 0; i < max && text[i] != 0; ++i) {
+    unsigned char c = static_cast<unsigned char>(text[i]);
+    if (c < 0x20 || c >= 0x7F) {
+      char hex[8];
+      snprintf(hex, sizeof(hex), "\\x%02X", c);
+      *line += hex;
+    } else {
+      *line += static_cast<char>(c);
+    }
+  }
+}
+
+void AppendField(std::string* line, const std::string& field) {
+  *line += '\t';
+  *line += field;
+}
+
+std::string Number(unsigned long long value) { return std::to_string(value); }
+
+struct PartitionSnapshot {
+  char letter;        // from discovery
+  int fsType;
+  std::string label;  // escaped
+};
+
+void Emit(const std::string& line) {
+  fputs(line.c_str(), stdout);
+  fputc('\n', stdout);
+}
+
+}  // namespace
+
+void PrintProbeUsage(FILE* out) {
+  fputs(
+      "usage: vantori-probe [--no-mount | --keep-mounted] [--help]\n"
+      "\n"
+      "Takes the inventory of the machine's disks the way the Vantori module does\n"
+      "(device nodes /dev/hd[a-d], /dev/sd[a-j], /dev/sg[0-9]), recognises the FAT and\n"
+      "NTFS volumes of every partition, mounts them under /mnt/<letter> and prints one\n"
+      "line per record, fields separated by TAB:\n"
+      "\n"
+      "  disk       path, model, flags (bit 0 removable, 1 DMA, 2 LBA), bytes per\n"
+      "             sector, heads, sectors per track, cylinders, total sectors,\n"
+      "             partition count\n"
+      "  partition  disk path, partition number, drive letter given at discovery (or -),\n"
+      "             start sector, sector count, file-system type (0 unknown, 1 FAT12,\n"
+      "             2 FAT16, 3 FAT32, 4 NTFS), label (empty when none)\n"
+      "  volume     drive letter, mount point, removable (0/1), file-system name,\n"
+      "             label, free space, total space\n"
+      "\n"
+      "Bytes of the model and labels that are not printable ASCII are written as \\xNN.\n"
+      "Partition lines show what recognition found before anything was mounted;\n"
+      "volume lines list the volumes that mounted. Other lines on standard output are\n"
+      "the module's own diagnostics.\n"
+      "\n"
+      "  (default)       inventory, mount, print, then unmount everything before exit\n"
+      "  --no-mount      discovery and recognition only: nothing is mounted and no\n"
+      "                  volume lines are printed\n"
+      "  --keep-mounted  leave the volumes mounted on exit\n"
+      "  --help          this text\n"
+      "\n"
+      "Needs root rights (raw device access, mount). Exit status 0 on success.\n",
+      out);
+}
+
+int ParseProbeArgs(int argc, char** argv, ProbeOptions* options, FILE* err) {
+  for (int i = 1; i < argc; ++i) {
+    const char* arg = argv[i];
+    if (strcmp(arg, "--no-mount") == 0) {
+      options->mount = false;
+    } else if (strcmp(arg, "--keep-mounted") == 0) {
+      options->keepMounted = true;
+    } else if (strcmp(arg, "--help") == 0 || strcmp(arg, "-h") == 0) {
+      options->help = true;
+    } else {
+      fprintf(err, "vantori-probe: unknown option %s (try --help)\n", arg);
+      return 2;
+    }
+  }
+  if (!options->mount && options->keepMounted) {
+    fprintf(err, "vantori-probe: --no-mount and --keep-mounted exclude each other\n");
+    return 2;
+  }
+  return 0;
+}
+
+int RunProbe(View_Disk_Info* info, const ProbeOptions& options) {
+  MyComputer* computer = &info->m_Computer;
+  // Discovery letters first: mounting gives letters again, to mounted volumes only.
+  std::vector<std::vector<PartitionSnapshot>> snapshot(
+      computer->Disks != NULL ? computer->DiskCount : 0);
+  for (size_t d = 0; d < snapshot.size(); ++d) {
+    const HardDiskInformation& disk = computer->Disks[d];
+    if (disk.Partitions == NULL) continue;
+    for (int p = 0; p < disk.PartitionCount; ++p)
+      snapshot[d].push_back(PartitionSnapshot{disk.Partitions[p].DriveLetter, 0, std::string()});
+  }
+  DetectAllPartitions(computer);
+  for (size_t d = 0; d < snapshot.size(); ++d) {
+    const HardDiskInformation& disk = computer->Disks[d];
+    for (size_t p = 0; p < snapshot[d].size(); ++p) {
+      const FileSystemInformation* fs = disk.Partitions[p].FileSystem;
+      if (fs == NULL) continue;
+      snapshot[d][p].fsType = fs->FsType;
+      AppendEscaped(&snapshot[d][p].label, fs->VolumeLabel, static_cast<size_t>(-1));
+    }
+  }
+  if (options.mount) {
+    info->UI_InitDevice();
+    info->GetDiskParttionInfo();
+  }
+  fflush(stdout);
+
+  for (size_t d = 0; d < snapshot.size(); ++d) {
+    const HardDiskInformation& disk = computer->Disks[d];
+    std::string line = "disk";
+    std::string path, model;
+    AppendEscaped(&path, disk.DevicePath, sizeof(disk.DevicePath));
+    AppendEscaped(&model, disk.Model, sizeof(disk.Model));
+    AppendField(&line, path);
+    AppendField(&line, model);
+    AppendField(&line, Number(disk.Flags));
+    AppendField(&line, Number(disk.BytesPerSector));
+    AppendField(&line, Number(disk.Heads));
+    AppendField(&line, Number(disk.SectorsPerTrack));
+    AppendField(&line, Number(disk.Cylinders));
+    AppendField(&line, Number(disk.TotalSectors));
+    AppendField(&line, Number(disk.PartitionCount));
+    Emit(line);
+    for (size_t p = 0; p < snapshot[d].size(); ++p) {
+      const PartitionInformation& part = disk.Partitions[p];
+      const PartitionSnapshot& snap = snapshot[d][p];
+      std::string pline = "partition";
+      AppendField(&pline, path);
+      AppendField(&pline, Number(part.PartitionNumber));
+      AppendField(&pline, snap.letter != 0 ? std::string(1, snap.letter) : std::string("-"));
+      AppendField(&pline, Number(part.StartSector));
+      AppendField(&pline, Number(part.SectorCount));
+      AppendField(&pline, Number(static_cast<unsigned>(snap.fsType)));
+      AppendField(&pline, snap.label);
+      Emit(pline);
+    }
+  }
+  if (options.mount) {
+    for (int i = 0; i < info->GetCurrentParttionNum() && i < MAX_VOLUME_COUNT; ++i) {
+      const VolumeInformation& v = info->m_Volume[i];
+      std::string line = "volume";
+      std::string field;
+      AppendField(&line, std::string(1, v.DriveLetter));
+      field.clear();
+      AppendEscaped(&field, v.MountPoint, sizeof(v.MountPoint));
+      AppendField(&line, field);
+      AppendField(&line, Number(v.Removable));
+      field.clear();
+      AppendEscaped(&field, v.FsName, sizeof(v.FsName));
+      AppendField(&line, field);
+      field.clear();
+      AppendEscaped(&field, v.VolumeLabel, sizeof(v.VolumeLabel));
+      AppendField(&line, field);
+      field.clear();
+      AppendEscaped(&field, v.FreeText, sizeof(v.FreeText));
+      AppendField(&line, field);
+      field.clear();
+      AppendEscaped(&field, v.SizeText, sizeof(v.SizeText));
+      AppendField(&line, field);
+      Emit(line);
+    }
+    fflush(stdout);
+    if (!options.keepMounted) info->UI_FreeMemory();
+  }
+  fflush(stdout);
+  return 0;
+}
+
+int ProbeMain(int argc, char** argv, uid_t euid, View_Disk_Info* info, FILE* err) {
+  ProbeOptions options;
+  int rc = ParseProbeArgs(argc, argv, &options, err);
+  if (rc != 0) return rc;
+  if (options.help) {
+    PrintProbeUsage(stdout);
+    return 0;
+  }
+  if (euid != 0) {
+    fprintf(err, "vantori-probe: must be run as root (raw disk access and mount need it)\n");
+    return 1;
+  }
+  return RunProbe(info, options);
+}
