@@ -13,7 +13,7 @@ JOBS=$(nproc)
 PACKAGES=(
   build-essential cmake ninja-build pkg-config
   libwxgtk3.2-dev libgtest-dev clang libclang-rt-14-dev
-  xvfb xauth x11-utils imagemagick fonts-dejavu-core
+  xvfb xauth x11-utils xdotool imagemagick fonts-dejavu-core
   ntfs-3g dosfstools fdisk util-linux
   qemu-system-x86 linux-image-amd64 busybox-static cpio kmod
 )

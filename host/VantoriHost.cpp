@@ -1,0 +1,179 @@
+#include "VantoriHost.h"
+
+#include <wx/cmdline.h>
+#include <wx/filename.h>
+#include <wx/stdpaths.h>
+#include <wx/textentry.h>
+#include <wx/uilocale.h>
+
+#include <clocale>
+#include <cstdio>
+#include <cstring>
+#include <dlfcn.h>
+#include <langinfo.h>
+#include <unistd.h>
+
+int g_startupExit = -1;
+
+namespace {
+
+const int kClientWidth = 660;
+const int kClientHeight = 540;
+
+template <typename T>
+bool Resolve(void* handle, const char* name, T& out, wxString& error) {
+  dlerror();
+  void* sym = dlsym(handle, name);
+  if (sym == nullptr) {
+    error = wxString::Format("the module has no entry point \"%s\" (%s)", name,
+                             wxString::FromUTF8(dlerror() ? dlerror() : "not found"));
+    return false;
+  }
+  out = reinterpret_cast<T>(sym);
+  return true;
+}
+
+// File names on rescued disks are mostly UTF-8; make sure the C library and
+// wxWidgets convert them as such even when the rescue system has no locale
+// configured.
+void SetUpLocale() {
+  const char* got = setlocale(LC_ALL, "");
+  const char* codeset = got ? nl_langinfo(CODESET) : "";
+  if (got == nullptr || std::strcmp(codeset, "UTF-8") != 0) {
+    if (setlocale(LC_ALL, "C.UTF-8") == nullptr) setlocale(LC_ALL, "en_US.UTF-8");
+  }
+  wxUILocale::UseDefault();
+}
+
+}  // namespace
+
+bool LoadVantoriModule(const wxString& path, VantoriModule& module, wxString& error) {
+  // RTLD_LOCAL keeps the module's symbols to itself; never RTLD_DEEPBIND,
+  // which breaks the toolkit's event tables.
+  module.handle = dlopen(path.fn_str(), RTLD_NOW | RTLD_LOCAL);
+  if (module.handle == nullptr) {
+    error = wxString::Format("cannot load %s: %s", path, wxString::FromUTF8(dlerror()));
+    return false;
+  }
+  return Resolve(module.handle, "create", module.create, error) &&
+         Resolve(module.handle, "show", module.show, error) &&
+         Resolve(module.handle, "invoke", module.invoke, error) &&
+         Resolve(module.handle, "destroy", module.destroy, error) &&
+         Resolve(module.handle, "get_version", module.get_version, error);
+}
+
+VantoriHostFrame::VantoriHostFrame(const VantoriModule& module, bool printLayout)
+    : wxFrame(nullptr, wxID_ANY, wxT("Vantori"), wxDefaultPosition, wxDefaultSize,
+              wxDEFAULT_FRAME_STYLE & ~(wxRESIZE_BORDER | wxMAXIMIZE_BOX)),
+      m_module(module),
+      m_moduleWindow(nullptr) {
+  SetClientSize(kClientWidth, kClientHeight);
+  Bind(wxEVT_CLOSE_WINDOW, &VantoriHostFrame::OnClose, this);
+  m_moduleWindow = m_module.create(this, wxID_ANY, wxPoint(0, 0), GetClientSize());
+  if (m_moduleWindow != nullptr) {
+    // The module's Exit button destroys its window; the program ends with it.
+    m_moduleWindow->Bind(wxEVT_DESTROY, &VantoriHostFrame::OnModuleDestroyed, this);
+  }
+  if (printLayout) CallAfter(&VantoriHostFrame::PrintLayout);
+}
+
+void VantoriHostFrame::OnModuleDestroyed(wxWindowDestroyEvent& event) {
+  if (event.GetEventObject() == m_moduleWindow) {
+    m_moduleWindow = nullptr;
+    CallAfter([this] { Close(true); });
+  }
+  event.Skip();
+}
+
+void VantoriHostFrame::OnClose(wxCloseEvent& /*event*/) {
+  if (m_moduleWindow != nullptr) {
+    wxWindow* w = m_moduleWindow;
+    m_moduleWindow = nullptr;
+    w->Unbind(wxEVT_DESTROY, &VantoriHostFrame::OnModuleDestroyed, this);
+    m_module.destroy(w);
+  }
+  Destroy();
+}
+
+// Prints the window tree with screen rectangles, one window a line, for the
+// technician (and the tests) to see what was built where.
+void VantoriHostFrame::PrintLayout() {
+  struct Walker {
+    static void Walk(wxWindow* w, int depth) {
+      wxRect r = w->GetScreenRect();
+      wxTextEntry* entry = dynamic_cast<wxTextEntry*>(w);
+      wxString label = entry ? entry->GetValue() : w->GetLabel();
+      label.Replace("\n", " ");
+      std::printf("window\t%d\t%s\t%d\t%d,%d,%d,%d\t%d\t%s\n", depth,
+                  static_cast<const char*>(w->GetClassInfo()->GetClassName() ? wxString(w->GetClassInfo()->GetClassName()).utf8_str() : "?"),
+                  w->GetId(), r.x, r.y, r.width, r.height, w->IsShownOnScreen() ? 1 : 0,
+                  static_cast<const char*>(label.utf8_str()));
+      for (wxWindow* child : w->GetChildren()) Walk(child, depth + 1);
+    }
+  };
+  Walker::Walk(this, 0);
+  std::printf("layout-end\n");
+  std::fflush(stdout);
+}
+
+bool VantoriHostApp::OnInit() {
+  SetUpLocale();
+  SetAppName(wxT("vantori"));
+
+  bool printLayout = false;
+  for (int i = 1; i < argc; ++i) {
+    wxString arg = argv[i];
+    if (arg == wxT("--print-layout")) {
+      printLayout = true;
+    } else if (arg == wxT("--help")) {
+      std::printf(
+          "usage: vantori [--print-layout]\n"
+          "Starts Vantori: it reads the machine's disks, mounts their FAT and NTFS volumes\n"
+          "under /mnt/<letter> and copies files from them. Run it as root.\n"
+          "  --print-layout  print the window tree with screen rectangles once shown\n");
+      g_startupExit = 0;
+      return false;
+    } else {
+      std::fprintf(stderr, "vantori: unknown option %s (see --help)\n",
+                   static_cast<const char*>(arg.utf8_str()));
+      g_startupExit = 2;
+      return false;
+    }
+  }
+
+  // The module takes its images relative to the working directory.
+  wxFileName exe(wxStandardPaths::Get().GetExecutablePath());
+  const wxString dir = exe.GetPath();
+  if (!wxSetWorkingDirectory(dir)) {
+    std::fprintf(stderr, "vantori: cannot change to %s\n", static_cast<const char*>(dir.utf8_str()));
+  }
+
+  VantoriModule module;
+  wxString error;
+  if (!LoadVantoriModule(dir + wxT("/libvantori.so"), module, error)) {
+    std::fprintf(stderr, "vantori: %s\n", static_cast<const char*>(error.utf8_str()));
+    g_startupExit = 3;
+    return false;
+  }
+
+  VantoriHostFrame* frame = new VantoriHostFrame(module, printLayout);
+  frame->Show(true);
+  SetTopWindow(frame);
+  return true;
+}
+
+int VantoriHostApp::OnExit() { return wxApp::OnExit(); }
+
+wxIMPLEMENT_APP_NO_MAIN(VantoriHostApp);
+
+int main(int argc, char** argv) {
+  if (geteuid() != 0) {
+    std::fprintf(stderr,
+                 "vantori: running without root rights: no disks can be read and no volumes "
+                 "mounted. Start it as root to see the machine's drives.\n");
+  }
+  int rc = wxEntry(argc, argv);
+  // OnInit said no: report why it stopped (0 after --help).
+  if (rc == -1) return g_startupExit >= 0 ? g_startupExit : 1;
+  return rc;
+}

@@ -1,0 +1,42 @@
+// The host program: a top-level window that loads libvantori.so from its own
+// directory and lets the module fill it.
+#pragma once
+
+#include <wx/app.h>
+#include <wx/frame.h>
+
+// The module's interface, resolved by name.
+struct VantoriModule {
+  void* handle = nullptr;
+  wxWindow* (*create)(wxWindow*, int, const wxPoint&, const wxSize&) = nullptr;
+  int (*show)(wxWindow*, bool) = nullptr;
+  int (*invoke)() = nullptr;
+  int (*destroy)(wxWindow*) = nullptr;
+  int (*get_version)() = nullptr;
+};
+
+// Loads the library and resolves the five entry points; on failure returns
+// false and puts a message for the user into error.
+bool LoadVantoriModule(const wxString& path, VantoriModule& module, wxString& error);
+
+class VantoriHostFrame : public wxFrame {
+ public:
+  VantoriHostFrame(const VantoriModule& module, bool printLayout);
+
+ private:
+  void OnClose(wxCloseEvent& event);
+  void OnModuleDestroyed(wxWindowDestroyEvent& event);
+  void PrintLayout();
+
+  VantoriModule m_module;
+  wxWindow* m_moduleWindow;
+};
+
+class VantoriHostApp : public wxApp {
+ public:
+  bool OnInit() override;
+  int OnExit() override;
+};
+
+// Exit status when start-up stops before the window opens (-1: not stopped).
+extern int g_startupExit;

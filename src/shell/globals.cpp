@@ -1,2 +1,0 @@
-// placeholder
-int vantori_placeholder_symbol = 0;

@@ -1,0 +1,297 @@
+#include "shell/my_frame.h"
+
+#include <wx/config.h>
+#include <wx/dcclient.h>
+#include <wx/fileconf.h>
+#include <wx/image.h>
+#include <wx/menu.h>
+#include <wx/utils.h>
+#include <wx/wfstream.h>
+
+#include <cstdio>
+
+#include "dialogs/CBusyMsgBox.h"
+#include "disk/View_Disk_Info.h"
+#include "help/HelpDia.h"
+#include "help/KelnoraAboutDialog.h"
+#include "settings/CCtrlConfig.h"
+#include "settings/CCtrlGenerate.h"
+#include "settings/CResCenter.h"
+#include "shell/CustomEvents.h"
+#include "widgets/keln_BitmapButton.h"
+
+BEGIN_EVENT_TABLE(my_frame, wxPanel)
+  EVT_PAINT(my_frame::OnPaint)
+  EVT_CHAR(my_frame::OnChar)
+  EVT_KEY_DOWN(my_frame::OnKeyDown)
+  EVT_KEY_UP(my_frame::OnKeyUp)
+  EVT_MOTION(my_frame::OnMouseMove)
+  EVT_LEFT_DOWN(my_frame::OnLeftDown)
+  EVT_LEFT_UP(my_frame::OnLeftUp)
+  EVT_BUTTON(ID_MYFRAME_UP, my_frame::OnButtonUp)
+  EVT_BUTTON(ID_MYFRAME_COPY, my_frame::OnButtonCopy)
+  EVT_BUTTON(ID_MYFRAME_HELP, my_frame::OnButtonHelp)
+  EVT_BUTTON(ID_MYFRAME_REFRESH, my_frame::OnRefresh)
+  EVT_BUTTON(ID_MYFRAME_EXIT, my_frame::OnExit)
+  EVT_BUTTON(ID_MYFRAME_EXIT2, my_frame::OnExit)
+  EVT_BUTTON(ID_MYFRAME_MENU, my_frame::OnMinimize)
+  EVT_COMMAND(wxID_ANY, wxEVT_MY_CUSTOM_COMMAND, my_frame::OnProcessCustom)
+  EVT_MENU(ID_MYFRAME_MENU_HELP, my_frame::OnHelp)
+  EVT_MENU(ID_MYFRAME_MENU_ABOUT, my_frame::OnAbout)
+  EVT_UPDATE_UI(ID_MYFRAME_UPDATE_UI, my_frame::OnUpdateUi)
+  EVT_WINDOW_CREATE(my_frame::OnWindowCreate)
+END_EVENT_TABLE()
+
+wxPoint MenuPopupPoint(const wxWindow* anchor) {
+  wxPoint pt = anchor ? anchor->GetPosition() : wxPoint(0, 0);
+  pt.y += 25;
+  return pt;
+}
+
+namespace {
+
+wxRect CtrlRect(int index) { return settings::CCtrlConfig::Instance()->GetCtrlInfo(index).GetRect(); }
+
+// Gives a bitmap button the four pictures of resource slots 0-3 of its
+// control record: normal, hover, pressed and disabled.
+void SetButtonPictures(keln_BitmapButton* button, int index) {
+  CONTROLINFO& info = settings::CCtrlConfig::Instance()->GetCtrlInfo(index);
+  button->SetBitmap_Normal(info.GetRes(0));
+  button->SetBitmap_Hover(info.GetRes(1));
+  button->SetBitmap_Select(info.GetRes(2));
+  button->SetBitmap_Disabled(info.GetRes(3));
+}
+
+}  // namespace
+
+my_frame::my_frame(wxWindow* parent, int id, const wxString& /*title*/, const wxPoint& pos,
+                   const wxSize& size, long style)
+    : wxPanel(parent, id, pos, size, style),
+      list(nullptr),
+      tree(nullptr),
+      m_sourceBox(nullptr),
+      m_upButton(nullptr),
+      m_refreshButton(nullptr),
+      m_helpButton(nullptr),
+      m_copyButton(nullptr),
+      m_exitButton(nullptr),
+      m_propertiesDialog(nullptr),
+      m_menuAnchor(nullptr),
+      m_pathText(nullptr),
+      m_log(nullptr),
+      m_first(true),
+      m_dragAllowed(false),
+      m_innerPanel(nullptr),
+      m_splitter(nullptr),
+      m_helpDia(nullptr) {
+  settings::CCtrlConfig::Instance();
+
+  // Hint text on the frame itself.
+  wxRect r = CtrlRect(2);
+  wxStaticText* hint = new wxStaticText(
+      this, wxID_ANY,
+      wxGetTranslation("For multi-selection, press Ctrl or Shift while choosing. To select all, "
+                       "you can press Ctrl + A. To pop up a menu, you can right-click the file "
+                       "list or the tree directory. The drive letter displayed on the interface "
+                       "might be inconsistent with those shown in the operating system."),
+      r.GetPosition(), r.GetSize(), 0x20);
+  // A static text does not break its lines by itself: fit the sentence to
+  // the width it was given.
+  hint->Wrap(r.GetWidth());
+
+  // Inner panel; every further control is its child.
+  r = CtrlRect(3);
+  m_innerPanel = new wxPanel(this, wxID_ANY, r.GetPosition(), r.GetSize(),
+                             wxBORDER_NONE | wxTAB_TRAVERSAL);
+  m_innerPanel->SetBackgroundColour(wxColour(248, 248, 248));
+
+  r = CtrlRect(4);
+  m_sourceBox = new wxStaticBox(m_innerPanel, wxID_ANY, wxGetTranslation("Source"),
+                                r.GetPosition(), r.GetSize(), 0);
+
+  r = CtrlRect(5);
+  wxStaticText* pathLabel = new wxStaticText(m_innerPanel, wxID_ANY, wxGetTranslation("Path"),
+                                             r.GetPosition(), r.GetSize(), 0x20);
+  pathLabel->SetWindowStyle(pathLabel->GetWindowStyle() | wxALIGN_RIGHT);
+
+  m_pathText = CCtrlGenerate::Crt_wxTextCtrl(m_innerPanel, wxID_ANY,
+                                             settings::CCtrlConfig::Instance()->GetCtrlInfo(6));
+  m_pathText->SetValue(wxT("c:\\"));
+  // Only the tree writes the path box.
+  m_pathText->SetEditable(false);
+
+  r = CtrlRect(7);
+  m_upButton = new keln_BitmapButton(m_innerPanel, ID_MYFRAME_UP, wxEmptyString,
+                                     r.GetPosition(), r.GetSize(), false);
+  SetButtonPictures(m_upButton, 7);
+  m_upButton->SetToolTip(wxGetTranslation("Up One Level"));
+
+  r = CtrlRect(8);
+  m_refreshButton = new keln_BitmapButton(m_innerPanel, ID_MYFRAME_REFRESH, wxEmptyString,
+                                          r.GetPosition(), r.GetSize(), false);
+  SetButtonPictures(m_refreshButton, 8);
+  m_refreshButton->SetToolTip(wxGetTranslation("Refresh"));
+
+  r = CtrlRect(9);
+  m_splitter = new wxSplitterWindow(m_innerPanel, wxID_ANY, r.GetPosition(), r.GetSize(),
+                                    wxSP_3D, wxT("splitter"));
+
+  // The directory tree and the file list take these two panes.
+  r = CtrlRect(10);
+  wxPanel* treePane = new wxPanel(m_splitter, wxID_ANY, r.GetPosition(), r.GetSize(),
+                                  wxBORDER_SUNKEN);
+  r = CtrlRect(11);
+  wxPanel* listPane = new wxPanel(m_splitter, wxID_ANY, r.GetPosition(), r.GetSize(),
+                                  wxBORDER_SUNKEN);
+  m_splitter->SplitVertically(treePane, listPane, 120);
+  m_splitter->SetMinimumPaneSize(1);
+
+  r = CtrlRect(12);
+  m_helpButton = new wxButton(m_innerPanel, ID_MYFRAME_HELP, wxGetTranslation("&Help"),
+                              r.GetPosition(), r.GetSize(), 0);
+  r = CtrlRect(13);
+  m_copyButton = new wxButton(m_innerPanel, ID_MYFRAME_COPY, wxGetTranslation("&Copy"),
+                              r.GetPosition(), r.GetSize(), 0);
+  r = CtrlRect(14);
+  m_exitButton = new wxButton(m_innerPanel, ID_MYFRAME_EXIT, wxGetTranslation("&Exit"),
+                              r.GetPosition(), r.GetSize(), 0);
+
+  m_helpDia = new HelpDia(this, wxID_ANY, wxGetTranslation("Kelnora Help"), wxDefaultPosition,
+                          wxDefaultSize, wxCAPTION | wxCLOSE_BOX | wxSYSTEM_MENU,
+                          wxGetTranslation("dialogBox"));
+  m_helpDia->AddBook(wxFileName(wxT("./res/vantori/doc/doc.zip")));
+}
+
+my_frame::~my_frame() {
+  if (m_log != nullptr) {
+    delete wxLog::SetActiveTarget(m_log);
+    wxLog::SetActiveTarget(nullptr);
+    delete m_log;
+    m_log = nullptr;
+  }
+  settings::CCtrlConfig::UnInstance();
+  g_AllDiskPartitionInf.UI_FreeMemory();
+}
+
+void my_frame::OnPaint(wxPaintEvent& /*event*/) { wxPaintDC dc(this); }
+
+void my_frame::OnChar(wxKeyEvent& event) {
+  (void)event.GetKeyCode();
+  event.Skip();
+}
+
+void my_frame::OnKeyDown(wxKeyEvent& event) { event.Skip(); }
+
+void my_frame::OnKeyUp(wxKeyEvent& event) { event.Skip(); }
+
+// The drag machinery is inert: nothing ever allows dragging, so the frame
+// never moves with the mouse.
+void my_frame::OnMouseMove(wxMouseEvent& event) {
+  if (event.Dragging() && event.LeftIsDown() && m_dragAllowed) {
+    Move(ClientToScreen(event.GetPosition()) - m_dragOffset);
+  }
+}
+
+void my_frame::OnLeftDown(wxMouseEvent& event) {
+  if (!HasCapture()) CaptureMouse();
+  m_dragOffset = ClientToScreen(event.GetPosition()) - GetPosition();
+  if (event.GetX() <= 625 && event.GetY() <= 25) m_dragAllowed = false;
+}
+
+void my_frame::OnLeftUp(wxMouseEvent& /*event*/) {
+  if (HasCapture()) ReleaseMouse();
+  m_dragAllowed = false;
+}
+
+void my_frame::OnButtonUp(wxCommandEvent& /*event*/) {}
+
+void my_frame::OnButtonCopy(wxCommandEvent& /*event*/) {}
+
+void my_frame::OnRefresh(wxCommandEvent& /*event*/) {
+  CBusyMsgBox busy(wxGetTranslation("Please wait, working...").wc_str(), this,
+                   wxColour(wxT("WHITE")));
+  g_AllDiskPartitionInf.UI_FreeMemory();
+  g_AllDiskPartitionInf.UI_InitDevice();
+  g_AllDiskPartitionInf.GetDiskParttionInfo();
+  m_copyButton->Disable();
+  m_upButton->keln_Disable();
+}
+
+void my_frame::OnExit(wxCommandEvent& /*event*/) {
+  Close(false);
+  Destroy();
+}
+
+void my_frame::OnMinimize(wxCommandEvent& /*event*/) {
+  wxMenu menu;
+  menu.Append(ID_MYFRAME_MENU_HELP, wxGetTranslation("&Help          "));
+  menu.AppendSeparator();
+  menu.Append(ID_MYFRAME_MENU_ABOUT, wxGetTranslation("&About...         "));
+  PopupMenu(&menu, MenuPopupPoint(m_menuAnchor));
+}
+
+void my_frame::OnProcessCustom(wxCommandEvent& /*event*/) {}
+
+void my_frame::OnHelp(wxCommandEvent& event) { OnButtonHelp(event); }
+
+void my_frame::OnButtonHelp(wxCommandEvent& /*event*/) {
+  wxString dir;
+  settings::CResCenter::GetExeFilePath(dir);
+  wxFileInputStream stream(dir + wxT("setting/vantori/config.ini"));
+  wxFileConfig* config = stream.IsOk() ? new wxFileConfig(stream, wxConvAuto()) : nullptr;
+  wxString path, cate, html;
+  if (config != nullptr) {
+    config->Read(wxT("/help/path"), &path, wxEmptyString);
+    config->Read(wxT("/help/cate"), &cate, wxEmptyString);
+    config->Read(wxT("/help/html"), &html, wxEmptyString);
+  }
+  wxString cmd = wxString::Format(wxT("%s \"%s%s\""), path, cate, html);
+  std::printf("help_cmd = %s\n", static_cast<const char*>(cmd.utf8_str()));
+  std::fflush(stdout);
+  wxExecute(cmd, wxEXEC_ASYNC);
+  delete config;
+}
+
+void my_frame::OnAbout(wxCommandEvent& /*event*/) {
+  wxAboutDialogInfo info = KelnoraAboutDialog::GetDefaultInfo();
+  info.SetName(wxGetTranslation("Vantori"));
+
+  wxString version = wxT("5678");
+  wxFileInputStream stream(wxT("setting/vantori/config.ini"));
+  if (stream.IsOk()) {
+    wxFileConfig config(stream, wxConvAuto());
+    config.Read(wxT("/Interface/version"), &version, wxT("5678"));
+  }
+  info.SetVersion(wxT("2.0.") + version);
+  info.SetIcon(wxIcon(wxT("./res/vantori/logo.png"), wxBITMAP_TYPE_PNG));
+
+  wxArrayString developers;
+  developers.Add(wxT("Mara Lindqvist"));
+  developers.Add(wxT("Tobias Renner"));
+  info.SetDevelopers(developers);
+  wxArrayString writers;
+  writers.Add(wxT("Ines Hartmann"));
+  writers.Add(wxT("Paul Okafor"));
+  info.SetDocWriters(writers);
+  wxArrayString artists;
+  artists.Add(wxT("Lea Brandt"));
+  info.SetArtists(artists);
+
+  KelnoraAboutDialog::Show(info);
+}
+
+void my_frame::OnUpdateUi(wxUpdateUIEvent& /*event*/) {}
+
+void my_frame::OnWindowCreate(wxWindowCreateEvent& /*event*/) {}
+
+void my_frame::OnCloseAll(wxCloseEvent& /*event*/) {}
+
+void my_frame::SetWindowShape() {}
+
+void my_frame::imageLoad(wxBitmap& out, wxString path, int type) {
+  wxImage image;
+  if (type == wxBITMAP_TYPE_BMP) wxImage::AddHandler(new wxBMPHandler);
+  if (type == wxBITMAP_TYPE_PNG) wxImage::AddHandler(new wxPNGHandler);
+  image.LoadFile(path, static_cast<wxBitmapType>(type), -1);
+  out = wxBitmap(image, -1);
+}

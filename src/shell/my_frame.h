@@ -1,0 +1,108 @@
+// The module's main window: a panel inside the host's window holding the
+// source side of the file manager (path box, Up and Refresh buttons, the
+// directory tree beside the file list) and the Help, Copy and Exit buttons.
+#pragma once
+
+#include <wx/bitmap.h>
+#include <wx/button.h>
+#include <wx/log.h>
+#include <wx/panel.h>
+#include <wx/splitter.h>
+#include <wx/statbox.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+
+class my_listctrl;
+class my_DirTreeCtrl;
+class Properties_dialog;
+class keln_BitmapButton;
+class HelpDia;
+
+// Window and command ids of the frame.
+enum {
+  ID_MYFRAME_HELP = 3002,
+  ID_MYFRAME_COPY = 3003,
+  ID_MYFRAME_UP = 3004,
+  ID_MYFRAME_REFRESH = 3005,
+  ID_MYFRAME_EXIT = 3006,
+  ID_MYFRAME_EXIT2 = 3008,
+  ID_MYFRAME_MENU = 3009,
+  ID_MYFRAME_MENU_HELP = 3010,
+  ID_MYFRAME_MENU_ABOUT = 3011,
+  ID_MYFRAME_UPDATE_UI = 10003,
+};
+
+// Where the small Help/About menu opens: 25 pixels below the anchor control's
+// position, or below (0, 0) when there is no anchor.
+wxPoint MenuPopupPoint(const wxWindow* anchor);
+
+class my_frame : public wxPanel {
+ public:
+  my_frame(wxWindow* parent, int id, const wxString& title, const wxPoint& pos,
+           const wxSize& size, long style);
+  ~my_frame() override;
+
+  void OnPaint(wxPaintEvent& event);
+  void OnChar(wxKeyEvent& event);
+  void OnKeyDown(wxKeyEvent& event);
+  void OnKeyUp(wxKeyEvent& event);
+  void OnMouseMove(wxMouseEvent& event);
+  void OnLeftDown(wxMouseEvent& event);
+  void OnLeftUp(wxMouseEvent& event);
+  void OnButtonUp(wxCommandEvent& event);
+  void OnButtonCopy(wxCommandEvent& event);
+  void OnButtonHelp(wxCommandEvent& event);
+  void OnRefresh(wxCommandEvent& event);
+  void OnExit(wxCommandEvent& event);
+  void OnMinimize(wxCommandEvent& event);
+  void OnProcessCustom(wxCommandEvent& event);
+  void OnHelp(wxCommandEvent& event);
+  void OnAbout(wxCommandEvent& event);
+  void OnUpdateUi(wxUpdateUIEvent& event);
+  void OnWindowCreate(wxWindowCreateEvent& event);
+  void OnCloseAll(wxCloseEvent& event);
+  void SetWindowShape();
+  void imageLoad(wxBitmap& out, wxString path, int type);
+
+  // The frame's controls, for the windows that work with it.
+  my_listctrl* GetListCtrl() const { return list; }
+  my_DirTreeCtrl* GetTreeCtrl() const { return tree; }
+  keln_BitmapButton* GetUpButton() const { return m_upButton; }
+  keln_BitmapButton* GetRefreshButton() const { return m_refreshButton; }
+  wxButton* GetHelpButton() const { return m_helpButton; }
+  wxButton* GetCopyButton() const { return m_copyButton; }
+  wxButton* GetExitButton() const { return m_exitButton; }
+  wxTextCtrl* GetPathBox() const { return m_pathText; }
+  wxSplitterWindow* GetSplitter() const { return m_splitter; }
+  wxPanel* GetInnerPanel() const { return m_innerPanel; }
+  HelpDia* GetHelpDia() const { return m_helpDia; }
+  wxWindow* GetMenuAnchor() const { return m_menuAnchor; }
+
+ private:
+  my_listctrl* list;
+  my_DirTreeCtrl* tree;
+  wxStaticBox* m_sourceBox;
+  keln_BitmapButton* m_upButton;
+  keln_BitmapButton* m_refreshButton;
+  wxButton* m_helpButton;
+  wxButton* m_copyButton;
+  wxButton* m_exitButton;
+  Properties_dialog* m_propertiesDialog;
+  wxWindow* m_menuAnchor;
+  wxTextCtrl* m_pathText;
+  wxBitmap m_backgroundBitmap;
+  wxString m_targetPath;
+  wxLog* m_log;
+  wxBitmap m_bitmap;
+  wxPoint m_dragOffset;
+  bool m_first;
+  bool m_dragAllowed;
+  wxBitmap m_bitmap1;
+  wxBitmap m_bitmap2;
+
+  wxPanel* m_innerPanel;
+  wxSplitterWindow* m_splitter;
+  HelpDia* m_helpDia;
+
+  DECLARE_EVENT_TABLE()
+};

@@ -1,0 +1,110 @@
+#!/usr/bin/env bash
+# Starts the host program as a separate process, the way a rescue system
+# does, and checks what a user sees: the "Vantori" window with the module's
+# controls, Exit ending the process with status 0, clear errors for a
+# missing library or entry point, and the warning when not run as root.
+#
+# The program runs in a private mount namespace with an empty /dev (only
+# null, zero, urandom) and its own tmpfs /mnt, so it finds no disk of this
+# machine and mounts nothing outside the test.
+set -u
+BIN=${1:?usage: host_process.sh BUILD_BIN_DIR}
+BIN=$(cd "$BIN" && pwd)
+WORK=$(mktemp -d /tmp/vantori-host-test.XXXXXX)
+chmod 755 "$WORK"
+fails=0
+passes=0
+ok() { echo "ok: $*"; passes=$((passes + 1)); }
+bad() { echo "FAIL: $*"; fails=$((fails + 1)); }
+
+# Our own X server, open to every local user so the non-root run can use it.
+n=91
+while [ -e /tmp/.X11-unix/X$n ] || [ -e /tmp/.X$n-lock ]; do n=$((n + 1)); done
+Xvfb :$n -screen 0 1024x768x24 -ac -nolisten tcp >"$WORK/xvfb.log" 2>&1 &
+XPID=$!
+cleanup() { kill $XPID 2>/dev/null; wait $XPID 2>/dev/null; rm -rf "$WORK"; }
+trap cleanup EXIT
+export DISPLAY=:$n
+for i in $(seq 1 50); do [ -e /tmp/.X11-unix/X$n ] && break; sleep 0.1; done
+
+# Runs "$@" in the private namespace described above.
+isolated() { "$(dirname "$0")/../run-in-mntns.sh" --empty-dev "$@"; }
+
+# 1. The window, its controls, and Exit.
+isolated "$BIN/vantori" --print-layout >"$WORK/out.txt" 2>"$WORK/err.txt" &
+PID=$!
+for i in $(seq 1 150); do grep -q '^layout-end' "$WORK/out.txt" 2>/dev/null && break; sleep 0.1; done
+if ! grep -q '^layout-end' "$WORK/out.txt"; then
+  bad "the window did not come up"; cat "$WORK/err.txt"
+else
+  top=$(awk -F'\t' '$1=="window" && $2==0' "$WORK/out.txt")
+  case "$top" in
+    *"	Vantori") ok "top-level window titled Vantori" ;;
+    *) bad "top-level window: $top" ;;
+  esac
+  size=$(xwininfo -name Vantori | awk '/Width:/{w=$2} /Height:/{h=$2} END{print w"x"h}')
+  [ "$size" = "660x540" ] && ok "client size 660x540" || bad "client size $size"
+  for want in "wxButton	3002	&Help" "wxButton	3003	&Copy" "wxButton	3006	&Exit"; do
+    cls=${want%%	*}; rest=${want#*	}; id=${rest%%	*}; label=${rest#*	}
+    awk -F'\t' -v c="$cls" -v i="$id" -v l="$label" '$1=="window" && $3==c && $4==i && $6==1 && $7==l {f=1} END{exit !f}' "$WORK/out.txt" \
+      && ok "shown: $cls $id $label" || bad "missing: $cls $id $label"
+  done
+  for cls in wxSplitterWindow wxTextCtrl wxStaticBox; do
+    awk -F'\t' -v c="$cls" '$1=="window" && $3==c && $6==1 {f=1} END{exit !f}' "$WORK/out.txt" \
+      && ok "shown: $cls" || bad "missing: $cls"
+  done
+  awk -F'\t' '$1=="window" && $3=="wxStaticBox" && $7=="Source" {f=1} END{exit !f}' "$WORK/out.txt" \
+    && ok "Source box" || bad "no Source box"
+  awk -F'\t' '$1=="window" && $3=="wxTextCtrl" && $7=="c:\\" {f=1} END{exit !f}' "$WORK/out.txt" \
+    && ok "path box reads c:\\" || bad "path box text"
+  # Click Exit in the middle of its rectangle.
+  rect=$(awk -F'\t' '$1=="window" && $3=="wxButton" && $4==3006 {print $5}' "$WORK/out.txt")
+  IFS=, read -r x y w h <<<"$rect"
+  xdotool mousemove $((x + w / 2)) $((y + h / 2)) click 1
+  for i in $(seq 1 100); do kill -0 $PID 2>/dev/null || break; sleep 0.1; done
+  if kill -0 $PID 2>/dev/null; then
+    bad "Exit did not end the program"; kill $PID
+  fi
+  wait $PID; rc=$?
+  [ $rc = 0 ] && ok "Exit ends the process with status 0" || bad "exit status $rc after Exit"
+fi
+
+# 2. A missing library: clear message, non-zero status.
+mkdir -p "$WORK/nolib"
+cp "$BIN/vantori" "$WORK/nolib/"
+"$WORK/nolib/vantori" >"$WORK/nolib.out" 2>"$WORK/nolib.err"; rc=$?
+if [ $rc != 0 ] && grep -q 'cannot load .*libvantori.so' "$WORK/nolib.err"; then
+  ok "missing library: status $rc, $(head -1 "$WORK/nolib.err")"
+else
+  bad "missing library: status $rc, stderr: $(cat "$WORK/nolib.err")"
+fi
+
+# 3. A library without one of the entry points.
+mkdir -p "$WORK/nosym"
+cp "$BIN/vantori" "$WORK/nosym/"
+printf 'int get_version(void){return 1;}\nint invoke(void){return 0;}\n' >"$WORK/nosym/lib.c"
+cc -shared -fPIC -o "$WORK/nosym/libvantori.so" "$WORK/nosym/lib.c"
+"$WORK/nosym/vantori" >"$WORK/nosym.out" 2>"$WORK/nosym.err"; rc=$?
+if [ $rc != 0 ] && grep -q 'no entry point "create"' "$WORK/nosym.err"; then
+  ok "missing entry point: status $rc, $(head -1 "$WORK/nosym.err")"
+else
+  bad "missing entry point: status $rc, stderr: $(cat "$WORK/nosym.err")"
+fi
+
+# 4. Without root rights it says so and still opens its window.
+if id nobody >/dev/null 2>&1; then
+  isolated setpriv --reuid=nobody --regid=nogroup --clear-groups \
+    env HOME="$WORK" "$BIN/vantori" --print-layout >"$WORK/nr.out" 2>"$WORK/nr.err" &
+  PID=$!
+  for i in $(seq 1 150); do grep -q '^layout-end' "$WORK/nr.out" 2>/dev/null && break; sleep 0.1; done
+  grep -q 'without root rights' "$WORK/nr.err" && ok "non-root warning on standard error" \
+    || bad "no non-root warning: $(cat "$WORK/nr.err")"
+  grep -q '^layout-end' "$WORK/nr.out" && ok "non-root run opens its window" \
+    || bad "non-root run did not open its window: $(cat "$WORK/nr.err")"
+  kill $PID 2>/dev/null; wait $PID 2>/dev/null
+else
+  bad "no user 'nobody' to test the non-root start"
+fi
+
+echo "$passes passed, $fails failed"
+[ $fails = 0 ]
