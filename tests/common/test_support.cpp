@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -70,7 +71,12 @@ void InstallShippedSettings() {
   const char* names[] = {"text.txt", "resource.txt", "controls.txt", "config.ini"};
   for (const char* n : names) {
     std::string src = std::string(VANTORI_SOURCE_DIR) + "/data/setting/vantori/" + n;
-    WriteFile(ExeDir() + "setting/vantori/" + n, ReadFile(src));
+    std::string dst = ExeDir() + "setting/vantori/" + n;
+    struct stat st;
+    if (stat(src.c_str(), &st) == 0)
+      WriteFile(dst, ReadFile(src));
+    else
+      std::remove(dst.c_str());
   }
 }
 
@@ -80,6 +86,21 @@ void WriteSettingFile(const std::string& name, const std::string& bytes) {
 
 void RemoveSettingFile(const std::string& name) {
   std::remove((ExeDir() + "setting/vantori/" + name).c_str());
+}
+
+std::string RegexLiteral(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    if (c != 0 && std::strchr(".[]{}()\\*+?|^$", c)) out += '\\';
+    out += c;
+  }
+  return out;
+}
+
+std::string AssertionRegex(const std::string& file, int line, const std::string& function,
+                           const std::string& expr) {
+  return RegexLiteral(": " + file + ":" + std::to_string(line) + ": " + function +
+                      ": Assertion `" + expr + "' failed.");
 }
 
 void Pump(int ms) {

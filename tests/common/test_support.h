@@ -16,6 +16,7 @@ bool InPrivateMnt();
 
 // Copies the shipped data/setting/vantori files beside the test binary again
 // (tests that write their own settings files call this when they are done).
+// A file that is not shipped is removed from beside the binary.
 void InstallShippedSettings();
 
 // Writes one file of setting/vantori/ beside the test binary (raw bytes).
@@ -25,6 +26,14 @@ void RemoveSettingFile(const std::string& name);
 // Writes bytes to a file, creating parent directories.
 void WriteFile(const std::string& path, const std::string& bytes);
 std::string ReadFile(const std::string& path);
+
+// A death-test regex that matches the C library's assertion message
+// "<prog>: <file>:<line>: <function>: Assertion `<expr>' failed." with every
+// character of the fixed texts taken literally.
+std::string AssertionRegex(const std::string& file, int line, const std::string& function,
+                           const std::string& expr);
+// The text escaped for use inside a GoogleTest death-test regex.
+std::string RegexLiteral(const std::string& text);
 
 // Runs pending events and idle handlers for about ms milliseconds.
 void Pump(int ms = 50);
