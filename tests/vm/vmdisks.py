@@ -465,6 +465,12 @@ def main():
         return 0
     if len(sys.argv) == 4 and sys.argv[1] == 'check':
         c = check(sys.argv[2], sys.argv[3])
+        with open(sys.argv[3], errors='replace') as f:
+            secs, _ = sections(f.read())
+        print('records of the --keep-mounted run:')
+        for line in secs.get('probe-kept', []):
+            if line.split('\t')[0] in ('disk', 'partition', 'volume'):
+                print('  ' + line.replace('\t', ' | '))
         for f in c.failed:
             print('FAIL: ' + f)
         print('vm checks passed: %d, failed: %d' % (c.passed, len(c.failed)))
