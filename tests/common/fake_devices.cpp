@@ -1,0 +1,783 @@
+#include "fake_devices.h"
+
+#include <fcntl.h>
+#include <ftw.h>
+#include <linux/cdrom.h>
+#include <linux/fs.h>
+#include <linux/hdreg.h>
+#include <scsi/scsi.h>
+#include <scsi/sg.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <sys/statfs.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "disk/DeviceSeam.h"
+
+#ifndef SCSI_IOCTL_GET_PCI
+#define SCSI_IOCTL_GET_PCI 0x5387
+#endif
+
+namespace vt {
+
+namespace {
+
+FakeDevices* g_current = nullptr;
+
+// ---- trampolines from the C-style table into the installed fake ----------
+int TOpen(const char* path, int flags) { return g_current->Open(path, flags); }
+int TClose(int fd) { return g_current->Close(fd); }
+int TIoctl(int fd, unsigned long request, void* arg) { return g_current->Ioctl(fd, request, arg); }
+off64_t TLseek(int fd, off64_t offset, int whence) { return g_current->Lseek(fd, offset, whence); }
+ssize_t TRead(int fd, void* buffer, size_t count) { return g_current->Read(fd, buffer, count); }
+ssize_t TWrite(int fd, const void* buffer, size_t count) {
+  return g_current->Write(fd, buffer, count);
+}
+int TMount(const char* source, const char* target, const char* type, unsigned long flags,
+           const void*) {
+  return g_current->Mount(source, target, type, flags);
+}
+int TUmount(const char* target) { return g_current->Umount(target); }
+int TStatfs(const char* path, struct statfs64* out) { return g_current->Statfs(path, out); }
+int TMkdir(const char* path, mode_t mode) { return g_current->Mkdir(path, mode); }
+int TSystem(const char* command) { return g_current->System(command); }
+
+uint32_t Le32(const unsigned char* p) {
+  return p[0] | (p[1] << 8) | (p[2] << 16) | (static_cast<uint32_t>(p[3]) << 24);
+}
+
+void Put16(std::vector<uint8_t>& b, size_t off, uint32_t v) {
+  b[off] = v & 0xff;
+  b[off + 1] = (v >> 8) & 0xff;
+}
+void Put32(std::vector<uint8_t>& b, size_t off, uint32_t v) {
+  Put16(b, off, v & 0xffff);
+  Put16(b, off + 2, v >> 16);
+}
+
+std::string Hex(unsigned long v) {
+  char buf[32];
+  snprintf(buf, sizeof(buf), "0x%lx", v);
+  return buf;
+}
+
+bool StartsWith(const std::string& s, const std::string& prefix) {
+  return s.compare(0, prefix.size(), prefix) == 0;
+}
+
+bool UnderMnt(const std::string& path) {
+  return StartsWith(path, "/mnt/") && path.find("..") == std::string::npos;
+}
+
+void FillInquiry(unsigned char* inquiry, const std::string& vendor, const std::string& product,
+                 bool removable, uint8_t deviceType) {
+  memset(inquiry, 0, 256);
+  inquiry[0] = deviceType;
+  inquiry[1] = removable ? 0x80 : 0;
+  inquiry[2] = 5;
+  inquiry[3] = 2;
+  inquiry[4] = 31;  // 36 bytes in all
+  memset(inquiry + 8, ' ', 28);
+  memcpy(inquiry + 8, vendor.data(), vendor.size() < 8 ? vendor.size() : 8);
+  memcpy(inquiry + 16, product.data(), product.size() < 16 ? product.size() : 16);
+  memcpy(inquiry + 32, "1.0 ", 4);
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------- set-up
+
+FakeDevices::FakeDevices() {
+  if (g_current != nullptr) {
+    fprintf(stderr, "FakeDevices: only one may be installed at a time\n");
+    abort();
+  }
+  g_current = this;
+  saved_ = new DeviceSeam(g_DeviceSeam);
+  g_DeviceSeam.Open64 = TOpen;
+  g_DeviceSeam.Close = TClose;
+  g_DeviceSeam.Ioctl = TIoctl;
+  g_DeviceSeam.Lseek64 = TLseek;
+  g_DeviceSeam.Read = TRead;
+  g_DeviceSeam.Write = TWrite;
+  g_DeviceSeam.Mount = TMount;
+  g_DeviceSeam.Umount = TUmount;
+  g_DeviceSeam.Statfs64 = TStatfs;
+  g_DeviceSeam.Mkdir = TMkdir;
+  g_DeviceSeam.System = TSystem;
+}
+
+FakeDevices::~FakeDevices() {
+  for (auto& h : handles_)
+    if (h.second.realFd >= 0) ::close(h.second.realFd);
+  g_DeviceSeam = *saved_;
+  delete saved_;
+  for (FakeDisk* d : disks_) delete d;
+  for (FakeSg* s : sgs_) delete s;
+  g_current = nullptr;
+}
+
+FakeDevices* FakeDevices::Current() { return g_current; }
+
+bool FakeDevices::PrivateMntActive() {
+  std::ifstream in("/proc/self/mountinfo");
+  std::string line;
+  while (std::getline(in, line)) {
+    std::istringstream ls(line);
+    std::string id, parent, mm, root, point;
+    ls >> id >> parent >> mm >> root >> point;
+    if (point != "/mnt") continue;
+    size_t dash = line.find(" - ");
+    if (dash == std::string::npos) continue;
+    std::istringstream rest(line.substr(dash + 3));
+    std::string fstype, source;
+    rest >> fstype >> source;
+    if (fstype == "tmpfs" && source == "vantori-test-mnt") return true;
+  }
+  return false;
+}
+
+FakeDisk& FakeDevices::AddIdeDisk(const std::string& node, const std::string& image,
+                                  const std::string& model, bool removable) {
+  FakeDisk* d = new FakeDisk;
+  d->node = node;
+  d->image = image;
+  d->answersIdentify = true;
+  memset(d->identify + 54, ' ', 40);
+  memcpy(d->identify + 54, model.data(), model.size() < 40 ? model.size() : 40);
+  if (removable) d->identify[0] |= 0x80;
+  d->identify[99] |= 0x03;  // DMA and LBA
+  disks_.push_back(d);
+  RescanPartitions(node);
+  return *d;
+}
+
+FakeDisk& FakeDevices::AddScsiDisk(const std::string& node, const std::string& image,
+                                   const std::string& vendor, const std::string& product,
+                                   int host, int channel, int id, int lun, int sgNumber,
+                                   const std::string& pciName, bool removableMedium) {
+  FakeDisk* d = new FakeDisk;
+  d->node = node;
+  d->image = image;
+  d->scsi = true;
+  d->host = host;
+  d->channel = channel;
+  d->id = id;
+  d->lun = lun;
+  disks_.push_back(d);
+  if (sgNumber >= 0) AddSg(sgNumber, host, channel, id, lun, vendor, product, pciName, removableMedium);
+  RescanPartitions(node);
+  return *d;
+}
+
+FakeDisk& FakeDevices::AddOpticalDrive(const std::string& node, int sgNumber, int host,
+                                       int channel, int id, int lun) {
+  FakeDisk* d = new FakeDisk;
+  d->node = node;
+  d->optical = true;
+  d->scsi = StartsWith(node, "/dev/sd") || StartsWith(node, "/dev/sr");
+  d->host = host;
+  d->channel = channel;
+  d->id = id;
+  d->lun = lun;
+  d->byteSize = 0;
+  disks_.push_back(d);
+  if (sgNumber >= 0) {
+    FakeSg& sg = AddSg(sgNumber, host, channel, id, lun, "QEMU", "QEMU DVD-ROM", "ata2", true);
+    sg.inquiry[0] = 5;  // CD/DVD device
+  }
+  return *d;
+}
+
+FakeSg& FakeDevices::AddSg(int number, int host, int channel, int id, int lun,
+                           const std::string& vendor, const std::string& product,
+                           const std::string& pciName, bool removableMedium) {
+  FakeSg* s = new FakeSg;
+  s->number = number;
+  s->host = host;
+  s->channel = channel;
+  s->id = id;
+  s->lun = lun;
+  s->pciName = pciName;
+  FillInquiry(s->inquiry, vendor, product, removableMedium, 0);
+  sgs_.push_back(s);
+  return *s;
+}
+
+FakeDisk* FakeDevices::Disk(const std::string& node) {
+  for (FakeDisk* d : disks_)
+    if (d->node == node) return d;
+  return nullptr;
+}
+
+FakeSg* FakeDevices::Sg(int number) {
+  for (FakeSg* s : sgs_)
+    if (s->number == number) return s;
+  return nullptr;
+}
+
+// The kernel's view of the table: primary entries, and logical partitions
+// found through the chain of extended boot records, each starting at its
+// record's sector plus the record's slot-0 start.
+void FakeDevices::RescanPartitions(const std::string& node) {
+  FakeDisk* d = Disk(node);
+  if (d == nullptr || d->image.empty()) return;
+  d->partitions.clear();
+  const uint64_t ss = static_cast<uint64_t>(d->sectorSize > 0 ? d->sectorSize : 512);
+  std::vector<uint8_t> mbr = ReadAt(d->image, 0, 512);
+  if (mbr.size() < 512 || mbr[510] != 0x55 || mbr[511] != 0xAA) return;
+  auto extended = [](uint8_t t) { return t == 0x05 || t == 0x0F || t == 0x85; };
+  for (int i = 0; i < 4; ++i) {
+    const unsigned char* e = &mbr[446 + 16 * i];
+    if (e[4] == 0) continue;
+    uint32_t start = Le32(e + 8), count = Le32(e + 12);
+    if (!extended(e[4])) {
+      d->partitions[i + 1] = {start * ss, count * ss};
+      continue;
+    }
+    d->partitions[i + 1] = {start * ss, (count < 2 ? count : 2) * ss};
+    uint64_t ebr = start;
+    int number = 5;
+    for (int guard = 0; guard < 64; ++guard) {
+      std::vector<uint8_t> rec = ReadAt(d->image, ebr * ss, 512);
+      if (rec.size() < 512 || rec[510] != 0x55 || rec[511] != 0xAA) break;
+      const unsigned char* s0 = &rec[446];
+      const unsigned char* s1 = &rec[462];
+      if (s0[4] != 0 && Le32(s0 + 12) != 0)
+        d->partitions[number++] = {(ebr + Le32(s0 + 8)) * ss, static_cast<uint64_t>(Le32(s0 + 12)) * ss};
+      if (!extended(s1[4]) || Le32(s1 + 8) == 0) break;
+      ebr = start + Le32(s1 + 8);
+    }
+  }
+}
+
+void FakeDevices::SetPartitionRange(const std::string& node, int number, uint64_t offset,
+                                    uint64_t length) {
+  FakeDisk* d = Disk(node);
+  if (d != nullptr) d->partitions[number] = {offset, length};
+}
+
+void FakeDevices::FailOpen(const std::string& path, int err) { failOpen_[path] = err; }
+void FakeDevices::FailMount(const std::string& targetOrSource, int err) {
+  failMount_[targetOrSource] = err;
+}
+void FakeDevices::FailMkdir(const std::string& path, int err) { failMkdir_[path] = err; }
+void FakeDevices::FailUmount(const std::string& target, int err) { failUmount_[target] = err; }
+void FakeDevices::FailShell(const std::string& text, int result) {
+  failShell_.push_back({text, result});
+}
+void FakeDevices::SetStatfs(const std::string& path, long blockSize, unsigned long long blocks,
+                            unsigned long long freeBlocks) {
+  statfs_[path] = Space{blockSize, blocks, freeBlocks};
+}
+
+std::vector<std::string> FakeDevices::CallsOf(const std::string& verb) const {
+  std::vector<std::string> out;
+  for (const std::string& c : calls_)
+    if (StartsWith(c, verb + " ")) out.push_back(c.substr(verb.size() + 1));
+  return out;
+}
+
+bool FakeDevices::NodeExists(const std::string& path) const {
+  for (const FakeDisk* d : disks_) {
+    if (d->node == path) return true;
+    if (StartsWith(path, d->node) && path.size() > d->node.size()) {
+      std::string rest = path.substr(d->node.size());
+      if (rest.find_first_not_of("0123456789") == std::string::npos &&
+          d->partitions.count(atoi(rest.c_str())))
+        return true;
+    }
+  }
+  return false;
+}
+
+FakeDevices::Handle* FakeDevices::Find(int fd) {
+  auto it = handles_.find(fd);
+  return it == handles_.end() ? nullptr : &it->second;
+}
+
+// ---------------------------------------------------------------- the calls
+
+int FakeDevices::Open(const char* path, int) {
+  std::string p = path != nullptr ? path : "";
+  calls_.push_back("open " + p);
+  auto f = failOpen_.find(p);
+  if (f != failOpen_.end()) {
+    errno = f->second;
+    return -1;
+  }
+  Handle h;
+  h.path = p;
+  for (FakeDisk* d : disks_) {
+    if (d->node == p) {
+      h.disk = d;
+      h.base = 0;
+      if (!d->image.empty()) {
+        struct stat st;
+        h.length = ::stat(d->image.c_str(), &st) == 0 ? st.st_size : 0;
+      }
+      break;
+    }
+    if (StartsWith(p, d->node) && p.size() > d->node.size()) {
+      std::string rest = p.substr(d->node.size());
+      if (rest.find_first_not_of("0123456789") != std::string::npos) continue;
+      auto part = d->partitions.find(atoi(rest.c_str()));
+      if (part == d->partitions.end()) continue;
+      h.disk = d;
+      h.base = part->second.first;
+      h.length = part->second.second;
+      break;
+    }
+  }
+  if (h.disk == nullptr && StartsWith(p, "/dev/sg")) {
+    std::string rest = p.substr(7);
+    if (!rest.empty() && rest.find_first_not_of("0123456789") == std::string::npos)
+      h.sg = Sg(atoi(rest.c_str()));
+  }
+  if (h.disk == nullptr && h.sg == nullptr) {
+    errno = ENOENT;
+    return -1;
+  }
+  if (h.disk != nullptr && !h.disk->image.empty()) {
+    h.realFd = ::open(h.disk->image.c_str(), O_RDWR | O_CLOEXEC);
+    if (h.realFd < 0) return -1;
+  }
+  int fd = nextFd_++;
+  handles_[fd] = h;
+  return fd;
+}
+
+int FakeDevices::Close(int fd) {
+  Handle* h = Find(fd);
+  if (h == nullptr) {
+    errno = EBADF;
+    return -1;
+  }
+  calls_.push_back("close " + h->path);
+  if (h->realFd >= 0) ::close(h->realFd);
+  handles_.erase(fd);
+  return 0;
+}
+
+long long FakeDevices::Lseek(int fd, long long offset, int whence) {
+  Handle* h = Find(fd);
+  if (h == nullptr) {
+    errno = EBADF;
+    return -1;
+  }
+  calls_.push_back("lseek " + h->path + " " + std::to_string(offset));
+  long long base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? static_cast<long long>(h->pos)
+                                                               : static_cast<long long>(h->length);
+  if (base + offset < 0) {
+    errno = EINVAL;
+    return -1;
+  }
+  h->pos = static_cast<uint64_t>(base + offset);
+  return static_cast<long long>(h->pos);
+}
+
+long FakeDevices::Read(int fd, void* buffer, size_t count) {
+  Handle* h = Find(fd);
+  if (h == nullptr) {
+    errno = EBADF;
+    return -1;
+  }
+  if (h->realFd < 0) {
+    errno = EIO;
+    return -1;
+  }
+  if (h->pos >= h->length) return 0;
+  uint64_t n = h->length - h->pos;
+  if (n > count) n = count;
+  ssize_t got = ::pread(h->realFd, buffer, n, static_cast<off_t>(h->base + h->pos));
+  if (got < 0) return -1;
+  // Beyond the image's end a sparse device reads as zeros up to its size.
+  if (static_cast<uint64_t>(got) < n) memset(static_cast<char*>(buffer) + got, 0, n - got);
+  h->pos += n;
+  return static_cast<long>(n);
+}
+
+long FakeDevices::Write(int fd, const void* buffer, size_t count) {
+  Handle* h = Find(fd);
+  if (h == nullptr) {
+    errno = EBADF;
+    return -1;
+  }
+  if (h->realFd < 0) {
+    errno = EIO;
+    return -1;
+  }
+  if (h->pos >= h->length) {
+    errno = ENOSPC;
+    return -1;
+  }
+  uint64_t n = h->length - h->pos;
+  if (n > count) n = count;
+  ssize_t done = ::pwrite(h->realFd, buffer, n, static_cast<off_t>(h->base + h->pos));
+  if (done < 0) return -1;
+  h->pos += done;
+  return static_cast<long>(done);
+}
+
+int FakeDevices::Ioctl(int fd, unsigned long request, void* arg) {
+  Handle* h = Find(fd);
+  if (h == nullptr) {
+    errno = EBADF;
+    return -1;
+  }
+  std::string entry = "ioctl " + h->path + " " + Hex(request);
+  if (request == SG_IO && arg != nullptr)
+    entry += " len=" + std::to_string(static_cast<sg_io_hdr_t*>(arg)->dxfer_len);
+  calls_.push_back(entry);
+
+  if (h->sg != nullptr) {
+    FakeSg* s = h->sg;
+    switch (request) {
+      case SG_GET_SCSI_ID: {
+        if (s->failScsiId) break;
+        struct sg_scsi_id* out = static_cast<struct sg_scsi_id*>(arg);
+        out->host_no = s->host;
+        out->channel = s->channel;
+        out->scsi_id = s->id;
+        out->lun = s->lun;
+        out->scsi_type = s->inquiry[0] & 0x1f;
+        return 0;
+      }
+      case SG_IO: {
+        sg_io_hdr_t* io = static_cast<sg_io_hdr_t*>(arg);
+        if (s->failInquiry || io->interface_id != 'S' || io->cmd_len < 6 || io->cmdp == nullptr ||
+            io->cmdp[0] != 0x12 || io->dxfer_direction != SG_DXFER_FROM_DEV)
+          break;
+        if (s->failLongInquiry && io->dxfer_len > 36) break;
+        unsigned int n = io->dxfer_len < 256 ? io->dxfer_len : 256;
+        if (io->cmdp[4] < n) n = io->cmdp[4];
+        memcpy(io->dxferp, s->inquiry, n);
+        io->resid = static_cast<int>(io->dxfer_len - n);
+        io->status = 0;
+        io->info = SG_INFO_OK;
+        return 0;
+      }
+      case SCSI_IOCTL_GET_PCI: {
+        if (s->pciName.empty()) break;
+        // Like the kernel: at most 20 bytes, no terminating NUL added.
+        size_t n = s->pciName.size() < 20 ? s->pciName.size() : 20;
+        memcpy(arg, s->pciName.data(), n);
+        return 0;
+      }
+      default:
+        break;
+    }
+    errno = EINVAL;
+    return -1;
+  }
+
+  FakeDisk* d = h->disk;
+  bool whole = h->base == 0 && d->node == h->path;
+  uint64_t bytes = whole ? (d->byteSize >= 0 ? static_cast<uint64_t>(d->byteSize) : h->length)
+                         : h->length;
+  switch (request) {
+    case BLKSSZGET:
+      if (d->failSectorSize) break;
+      *static_cast<int*>(arg) = d->sectorSize;
+      return 0;
+    case BLKGETSIZE64:
+      if (d->failSize64) break;
+      *static_cast<uint64_t*>(arg) = bytes;
+      return 0;
+    case BLKGETSIZE:
+      if (d->failSize32) break;
+      *static_cast<unsigned long*>(arg) = static_cast<unsigned long>(bytes / 512);
+      return 0;
+    default:
+      break;
+  }
+  if (!whole) {
+    errno = ENOTTY;
+    return -1;
+  }
+  switch (request) {
+    case CDROM_DRIVE_STATUS:
+      if (!d->optical) break;
+      return CDS_NO_DISC;
+    case HDIO_GET_IDENTITY:
+      if (!d->answersIdentify) break;
+      memcpy(arg, d->identify, 512);
+      return 0;
+    case HDIO_GETGEO: {
+      if (d->failGeometry) break;
+      struct hd_geometry* geo = static_cast<struct hd_geometry*>(arg);
+      geo->heads = static_cast<unsigned char>(d->geoHeads);
+      geo->sectors = static_cast<unsigned char>(d->geoSectors);
+      uint64_t perCyl = static_cast<uint64_t>(d->geoHeads) * d->geoSectors;
+      geo->cylinders =
+          static_cast<unsigned short>(perCyl ? bytes / d->sectorSize / perCyl : 0);
+      geo->start = 0;
+      return 0;
+    }
+    case SCSI_IOCTL_PROBE_HOST:
+      if (!d->scsi || d->failProbeHost) break;
+      return 1;
+    case SCSI_IOCTL_GET_BUS_NUMBER:
+      if (!d->scsi) break;
+      *static_cast<int*>(arg) = d->host;
+      return 0;
+    case SCSI_IOCTL_GET_IDLUN: {
+      if (!d->scsi) break;
+      int* idlun = static_cast<int*>(arg);
+      idlun[0] = (d->id & 0xff) | ((d->lun & 0xff) << 8) | ((d->channel & 0xff) << 16) |
+                 ((d->host & 0xff) << 24);
+      idlun[1] = 1;
+      return 0;
+    }
+    default:
+      break;
+  }
+  errno = ENOTTY;
+  return -1;
+}
+
+int FakeDevices::MountAt(const std::string& source, const std::string& target) {
+  auto f = failMount_.find(target);
+  if (f == failMount_.end()) f = failMount_.find(source);
+  if (f != failMount_.end()) {
+    errno = f->second;
+    return -1;
+  }
+  if (!PrivateMntActive() || !UnderMnt(target)) {
+    fprintf(stderr, "FakeDevices: refusing to mount on %s outside the private test /mnt\n",
+            target.c_str());
+    errno = EPERM;
+    return -1;
+  }
+  if (!NodeExists(source)) {
+    errno = ENOENT;
+    return -1;
+  }
+  if (mounted_.count(target)) {
+    errno = EBUSY;
+    return -1;
+  }
+  if (::mkdir(target.c_str(), 0777) != 0 && errno != EEXIST) return -1;
+  mounted_[target] = source;
+  return 0;
+}
+
+int FakeDevices::Mount(const char* source, const char* target, const char* type,
+                       unsigned long flags) {
+  std::string s = source ? source : "", t = target ? target : "";
+  calls_.push_back("mount " + s + " " + t + " " + (type ? type : "") + " " + Hex(flags));
+  return MountAt(s, t);
+}
+
+int FakeDevices::Umount(const char* target) {
+  std::string t = target ? target : "";
+  calls_.push_back("umount " + t);
+  auto f = failUmount_.find(t);
+  if (f != failUmount_.end()) {
+    errno = f->second;
+    return -1;
+  }
+  if (mounted_.erase(t) == 0) {
+    errno = EINVAL;
+    return -1;
+  }
+  return 0;
+}
+
+int FakeDevices::Statfs(const char* path, void* out) {
+  std::string p = path ? path : "";
+  calls_.push_back("statfs " + p);
+  struct statfs64* st = static_cast<struct statfs64*>(out);
+  auto s = statfs_.find(p);
+  if (s != statfs_.end()) {
+    memset(st, 0, sizeof(*st));
+    st->f_bsize = s->second.blockSize;
+    st->f_blocks = s->second.blocks;
+    st->f_bfree = s->second.freeBlocks;
+    st->f_bavail = s->second.freeBlocks;
+    return 0;
+  }
+  if (PrivateMntActive() && UnderMnt(p)) return ::statfs64(p.c_str(), st);
+  errno = ENOENT;
+  return -1;
+}
+
+int FakeDevices::Mkdir(const char* path, unsigned mode) {
+  std::string p = path ? path : "";
+  char m[16];
+  snprintf(m, sizeof(m), "0%o", mode);
+  calls_.push_back("mkdir " + p + " " + m);
+  auto f = failMkdir_.find(p);
+  if (f != failMkdir_.end()) {
+    errno = f->second;
+    return -1;
+  }
+  if (!PrivateMntActive() || !UnderMnt(p)) {
+    fprintf(stderr, "FakeDevices: refusing to make %s outside the private test /mnt\n", p.c_str());
+    errno = EACCES;
+    return -1;
+  }
+  return ::mkdir(p.c_str(), mode);
+}
+
+int FakeDevices::System(const char* command) {
+  std::string c = command ? command : "";
+  calls_.push_back("system " + c);
+  for (const auto& f : failShell_)
+    if (c.find(f.first) != std::string::npos) return f.second;
+  std::istringstream in(c);
+  std::string program, a, b;
+  in >> program >> a >> b;
+  if (program == "ntfsfix") return NodeExists(a) ? 0 : 256;
+  if (program == "ntfs-3g") return MountAt(a, b) == 0 ? 0 : 256;
+  fprintf(stderr, "FakeDevices: shell command not served: %s\n", c.c_str());
+  return -1;
+}
+
+// ---------------------------------------------------------------- images
+
+void MakeSparseFile(const std::string& path, uint64_t bytes) {
+  int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+  if (fd < 0) return;
+  if (::ftruncate(fd, static_cast<off_t>(bytes)) != 0) perror("ftruncate");
+  ::close(fd);
+}
+
+void WriteAt(const std::string& path, uint64_t offset, const std::vector<uint8_t>& bytes) {
+  int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+  if (fd < 0) return;
+  if (::pwrite(fd, bytes.data(), bytes.size(), static_cast<off_t>(offset)) !=
+      static_cast<ssize_t>(bytes.size()))
+    perror("pwrite");
+  ::close(fd);
+}
+
+std::vector<uint8_t> ReadAt(const std::string& path, uint64_t offset, size_t count) {
+  std::vector<uint8_t> out(count);
+  int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return {};
+  ssize_t n = ::pread(fd, out.data(), count, static_cast<off_t>(offset));
+  ::close(fd);
+  out.resize(n > 0 ? static_cast<size_t>(n) : 0);
+  return out;
+}
+
+std::vector<uint8_t> BootRecord(const std::vector<MbrEntry>& entries) {
+  std::vector<uint8_t> b(512, 0);
+  for (size_t i = 0; i < entries.size() && i < 4; ++i) {
+    size_t off = 446 + 16 * i;
+    const MbrEntry& e = entries[i];
+    b[off] = e.boot;
+    b[off + 1] = 0;
+    b[off + 2] = 1;
+    b[off + 3] = 0;
+    b[off + 4] = e.type;
+    b[off + 5] = e.endHead;
+    b[off + 6] = e.endSector;
+    b[off + 7] = 0xFF;
+    Put32(b, off + 8, e.start);
+    Put32(b, off + 12, e.count);
+  }
+  b[510] = 0x55;
+  b[511] = 0xAA;
+  return b;
+}
+
+std::vector<uint8_t> FatBootSector(const FatParams& p) {
+  std::vector<uint8_t> b(p.bytesPerSector < 512 ? 512 : p.bytesPerSector, 0);
+  b[0] = 0xEB;
+  b[1] = 0x3C;
+  b[2] = 0x90;
+  memcpy(&b[3], "MSWIN4.1", 8);
+  Put16(b, 11, p.bytesPerSector);
+  b[13] = p.sectorsPerCluster;
+  Put16(b, 14, p.reserved);
+  b[16] = p.fatCount;
+  Put16(b, 17, p.rootEntries);
+  bool fat32 = p.fatSize == 0;
+  if (!fat32 && p.totalSectors <= 0xFFFF)
+    Put16(b, 19, p.totalSectors);
+  else
+    Put32(b, 32, p.totalSectors);
+  b[21] = 0xF8;
+  Put16(b, 22, fat32 ? 0 : p.fatSize);
+  Put16(b, 24, 63);
+  Put16(b, 26, 255);
+  if (fat32) {
+    Put32(b, 36, p.fatSize32);
+    Put32(b, 44, p.rootCluster);
+    Put16(b, 48, 1);
+    Put16(b, 50, 6);
+    b[66] = 0x29;
+    memcpy(&b[71], "NO NAME    ", 11);
+    memcpy(&b[82], "FAT32   ", 8);
+  } else {
+    b[38] = 0x29;
+    memcpy(&b[43], "NO NAME    ", 11);
+    memcpy(&b[54], "FAT16   ", 8);
+  }
+  b[510] = 0x55;
+  b[511] = 0xAA;
+  return b;
+}
+
+std::vector<uint8_t> DirEntry(const std::string& name11, uint8_t attribute) {
+  std::vector<uint8_t> e(32, 0);
+  memset(e.data(), ' ', 11);
+  memcpy(e.data(), name11.data(), name11.size() < 11 ? name11.size() : 11);
+  e[11] = attribute;
+  return e;
+}
+
+std::string MakeFatVolumesImage(const std::string& dir, const std::vector<std::string>& labels) {
+  const uint32_t partSectors = 16384;  // 8 MiB
+  std::string image = dir + "/fat-volumes.img";
+  size_t n = labels.size() < 4 ? labels.size() : 4;
+  MakeSparseFile(image, (2048 + static_cast<uint64_t>(n) * partSectors) * 512);
+  std::vector<MbrEntry> entries;
+  for (size_t i = 0; i < n; ++i) {
+    MbrEntry e;
+    e.type = 0x06;
+    e.start = 2048 + static_cast<uint32_t>(i) * partSectors;
+    e.count = partSectors;
+    entries.push_back(e);
+  }
+  WriteAt(image, 0, BootRecord(entries));
+  for (size_t i = 0; i < n; ++i) {
+    uint64_t base = static_cast<uint64_t>(entries[i].start) * 512;
+    FatParams p;
+    p.sectorsPerCluster = 2;
+    p.fatSize = 32;  // 8159 clusters: FAT16
+    p.totalSectors = partSectors;
+    WriteAt(image, base, FatBootSector(p));
+    std::vector<uint8_t> fat = {0xF8, 0xFF, 0xFF, 0xFF};
+    WriteAt(image, base + 1 * 512, fat);
+    WriteAt(image, base + 33 * 512, fat);
+    WriteAt(image, base + 65 * 512, DirEntry(labels[i], 0x08));
+  }
+  return image;
+}
+
+std::string MakeTempDir(const std::string& prefix) {
+  std::string templ = "/tmp/" + prefix + "XXXXXX";
+  std::vector<char> buf(templ.begin(), templ.end());
+  buf.push_back(0);
+  if (mkdtemp(buf.data()) == nullptr) return std::string();
+  return std::string(buf.data());
+}
+
+static int RemoveOne(const char* path, const struct stat*, int, struct FTW*) {
+  return ::remove(path);
+}
+
+void RemoveTree(const std::string& dir) {
+  if (dir.empty() || dir == "/") return;
+  nftw(dir.c_str(), RemoveOne, 16, FTW_DEPTH | FTW_PHYS);
+}
+
+}  // namespace vt
