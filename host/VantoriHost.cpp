@@ -25,8 +25,9 @@ bool Resolve(void* handle, const char* name, T& out, wxString& error) {
   dlerror();
   void* sym = dlsym(handle, name);
   if (sym == nullptr) {
+    const char* why = dlerror();
     error = wxString::Format("the module has no entry point \"%s\" (%s)", name,
-                             wxString::FromUTF8(dlerror() ? dlerror() : "not found"));
+                             wxString::FromUTF8(why ? why : "not found"));
     return false;
   }
   out = reinterpret_cast<T>(sym);

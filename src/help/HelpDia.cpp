@@ -5,6 +5,8 @@
 #include <wx/fs_arc.h>
 #include <wx/image.h>
 
+#include "shell/ImageHandlers.h"
+
 BEGIN_EVENT_TABLE(HelpDia, wxDialog)
   EVT_CLOSE(HelpDia::OnClose)
 END_EVENT_TABLE()
@@ -16,7 +18,7 @@ HelpDia::HelpDia(wxWindow* parent, wxWindowID id, const wxString& title, const w
                wxCAPTION | wxSYSTEM_MENU | wxCLOSE_BOX | wxRESIZE_BORDER | wxDIALOG_NO_PARENT, name),
       m_helpController(wxHF_DEFAULT_STYLE),
       m_helpWindow(nullptr) {
-  wxInitAllImageHandlers();
+  InitAllImageHandlersOnce();
   // The help book is read from inside its zip file. One handler serves every
   // frame the module builds.
   static bool archiveHandlerAdded = false;

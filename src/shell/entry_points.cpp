@@ -5,6 +5,7 @@
 #include <wx/window.h>
 
 #include "disk/View_Disk_Info.h"
+#include "shell/ImageHandlers.h"
 #include "shell/my_frame.h"
 
 #define VANTORI_API extern "C" __attribute__((visibility("default")))
@@ -16,7 +17,7 @@ const long kFrameStyle = wxBORDER_NONE | wxTAB_TRAVERSAL | wxWANTS_CHARS;
 }  // namespace
 
 VANTORI_API wxWindow* create(wxWindow* parent, int id, const wxPoint& pos, const wxSize& size) {
-  wxInitAllImageHandlers();
+  InitAllImageHandlersOnce();
   g_AllDiskPartitionInf.UI_InitDevice();
   g_AllDiskPartitionInf.GetDiskParttionInfo();
   wxString title = wxGetTranslation("Vantori");

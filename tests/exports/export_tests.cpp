@@ -239,6 +239,12 @@ int main(int argc, char** argv) {
   if (chdir(g_exeDir.c_str()) != 0) return 2;
   if (!wxEntryStart(argc, argv)) return 2;
   wxTheApp->CallOnInit();
+  wxSetAssertHandler([](const wxString& file, int line, const wxString& func, const wxString& cond,
+                        const wxString& msg) {
+    ADD_FAILURE_AT(file.utf8_string().c_str(), line)
+        << "wx assertion in " << func.utf8_string() << ": " << cond.utf8_string() << " "
+        << msg.utf8_string();
+  });
   int rc;
   {
     wxEventLoop loop;
