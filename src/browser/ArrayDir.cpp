@@ -1,0 +1,5 @@
+#include "browser/ArrayDir.h"
+
+#include <wx/arrimpl.cpp>
+
+WX_DEFINE_OBJARRAY(ArrayDir);

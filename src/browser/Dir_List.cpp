@@ -1,0 +1,1 @@
+#include "browser/Dir_List.h"

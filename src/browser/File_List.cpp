@@ -1,0 +1,1 @@
+#include "browser/File_List.h"

@@ -1,0 +1,54 @@
+#include "browser/L_listctrl.h"
+
+#include "browser/my_DirTreeCtrl.h"
+#include "browser/my_listctrl.h"
+#include "shell/CustomEvents.h"
+
+BEGIN_EVENT_TABLE(L_listctrl, wxListCtrl)
+  EVT_CHAR(L_listctrl::OnChar)
+  EVT_LEFT_DOWN(L_listctrl::OnMouseLeftDclick)
+  EVT_RIGHT_DOWN(L_listctrl::OnMouseRightDown)
+END_EVENT_TABLE()
+
+L_listctrl::L_listctrl(wxWindow* parent, my_listctrl* owner, int id, const wxPoint& pos,
+                       const wxSize& size, long style)
+    : ListingListView(parent, id, pos, size, style, owner ? owner->GetRows() : nullptr),
+      m_owner(owner) {
+  // The rows are drawn (and clicked) in an inner window of the list: its
+  // mouse presses come here first, before the list acts on them.
+  for (wxWindow* child : GetChildren()) {
+    if (wxString(child->GetClassInfo()->GetClassName()) != "wxListMainWindow") continue;
+    child->Bind(wxEVT_LEFT_DOWN, &L_listctrl::OnMouseLeftDclick, this);
+    child->Bind(wxEVT_RIGHT_DOWN, &L_listctrl::OnMouseRightDown, this);
+  }
+}
+
+void L_listctrl::OnChar(wxKeyEvent& event) {
+  if (m_owner != nullptr) {
+    wxKeyEvent copy(event);
+    copy.SetEventObject(m_owner);
+    wxPostEvent(m_owner->GetEventHandler(), copy);
+  }
+  event.Skip();
+}
+
+void L_listctrl::OnMouseLeftDclick(wxMouseEvent& event) {
+  if (m_owner != nullptr) {
+    m_owner->NoteListClicked();
+    PostMyCustomCommand(this, m_owner->GetCurrentListctrlPath().empty() ? 424 : 425);
+  }
+  event.Skip();
+}
+
+void L_listctrl::OnMouseRightDown(wxMouseEvent& event) {
+  if (m_owner == nullptr) {
+    event.Skip();
+    return;
+  }
+  m_owner->NoteListClicked();
+  if (FirstSelected() > 0) {
+    PostMyCustomCommand(this, m_owner->GetCurrentListctrlPath().empty() ? 424 : 425);
+    event.Skip();
+  }
+  // nothing selected, or only the ".." row: the press is swallowed
+}

@@ -1,0 +1,32 @@
+#include "browser/L_treectrl.h"
+
+#include "browser/my_DirTreeCtrl.h"
+#include "browser/my_listctrl.h"
+#include "shell/CustomEvents.h"
+
+BEGIN_EVENT_TABLE(L_treectrl, wxTreeCtrl)
+  EVT_LEFT_DOWN(L_treectrl::OnMouseLeftDclick)
+  EVT_RIGHT_DOWN(L_treectrl::OnMouseRightDown)
+END_EVENT_TABLE()
+
+L_treectrl::L_treectrl(wxWindow* parent, my_DirTreeCtrl* owner, int id, const wxPoint& pos,
+                       const wxSize& size, long style)
+    : wxTreeCtrl(parent, id, pos, size, style), m_owner(owner) {}
+
+void L_treectrl::NotePress() {
+  if (m_owner == nullptr) return;
+  m_owner->SetIsLastFocus_treectrl(true);
+  if (m_owner->GetListCtrlPoint() != nullptr)
+    m_owner->GetListCtrlPoint()->SetIsLastFocus_listctrl(false);
+  PostMyCustomCommand(GetParent(), m_owner->GetSelIsFolder() ? 405 : 404);
+}
+
+void L_treectrl::OnMouseLeftDclick(wxMouseEvent& event) {
+  NotePress();
+  event.Skip();
+}
+
+void L_treectrl::OnMouseRightDown(wxMouseEvent& event) {
+  NotePress();
+  event.Skip();
+}

@@ -1,0 +1,174 @@
+// The display-independent rules of a file list: reading one directory into
+// the folder and file arrays, the column sorts, the file-type icon choice,
+// the cell texts and the path helpers. Both file lists (source and
+// destination) build on these; the templates take any pair of record arrays
+// whose records have the fields of Dir_List and File_List.
+#pragma once
+
+#include <wx/datetime.h>
+#include <wx/string.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "browser/ArrayDir.h"
+#include "browser/ArrayFile.h"
+
+namespace listing {
+
+// Column numbers of folder mode.
+enum { COL_NAME = 0, COL_SIZE = 1, COL_TYPE = 2, COL_MODIFIED = 3 };
+
+// Image indices of the file lists' small image list.
+enum {
+  IMG_FOLDER = 0,
+  IMG_FILE = 1,
+  IMG_DEFAULT = 31,
+  IMG_SORT_UP = 32,
+  IMG_SORT_DOWN = 33,
+  IMG_DISK = 34,
+  IMG_USB = 35,
+};
+
+// One directory entry as the reader sees it; the records are built from it.
+struct RawEntry {
+  wxString name;
+  bool isDir = false;
+  bool isFile = false;
+  bool timeOk = false;
+  time_t mtime = 0;
+  uint64_t size = 0;
+};
+
+// Enumerates `path` (which ends in "/"): every entry but "." and "..", hidden
+// ones included, in the order the file system returns them. One stat per
+// entry, following symbolic links, classifies it as folder, regular file or
+// neither. Returns false when the directory cannot be opened.
+bool ScanDirectory(const wxString& path, const std::function<void(const RawEntry&)>& sink);
+
+// Converts a file name's bytes to a wxString: as the file-name conversion
+// does, and when the bytes are not valid in it, byte by byte so that the
+// entry is still shown (never dropped).
+wxString NameFromBytes(const char* bytes);
+
+// Icon index for a file name: upper-cased extension of one to three
+// characters looked up in the fixed type table, 31 otherwise.
+int GetFileImageIndex(const wxString& name);
+
+// Reads `path` into the two arrays (emptied first, also on failure). The
+// working records are reused from entry to entry, so an entry whose time
+// cannot be read keeps the previous record's time.
+template <class DirArray, class FileArray, class DirRec, class FileRec>
+bool ReadListing(const wxString& path, DirArray& dirs, FileArray& files,
+                 int (*imageIndex)(const wxString&)) {
+  dirs.Empty();
+  files.Empty();
+  DirRec dir;
+  FileRec file;
+  return ScanDirectory(path, [&](const RawEntry& e) {
+    if (e.isDir) {
+      dir.m_name = e.name;
+      if (e.timeOk) dir.m_time = wxDateTime(e.mtime);
+      dirs.Add(dir);
+    }
+    if (e.isFile) {
+      file.m_imageIndex = imageIndex(e.name);
+      file.m_name = e.name;
+      file.m_size = static_cast<double>(e.size);
+      if (e.timeOk) file.m_time = wxDateTime(e.mtime);
+      files.Add(file);
+    }
+  });
+}
+
+inline bool ReadListing(const wxString& path, ArrayDir& dirs, ArrayFile& files) {
+  return ReadListing<ArrayDir, ArrayFile, Dir_List, File_List>(path, dirs, files,
+                                                               &GetFileImageIndex);
+}
+
+// Sort key of a time: invalid times sort before every valid one.
+inline long long TimeKey(const wxDateTime& t) {
+  return t.IsValid() ? t.GetValue().GetValue() : static_cast<long long>(INT64_MIN);
+}
+
+// Stable reordering of an owning object array by a strict "comes before"
+// test: the records are detached, their pointers sorted, and handed back.
+template <class Rec, class Array, class Before>
+void StableSortArray(Array& arr, Before before) {
+  const size_t n = arr.GetCount();
+  if (n < 2) return;
+  std::vector<Rec*> items(n);
+  for (size_t i = n; i-- > 0;) items[i] = arr.Detach(i);
+  std::stable_sort(items.begin(), items.end(),
+                   [&](const Rec* a, const Rec* b) { return before(*a, *b); });
+  arr.Alloc(n);
+  for (Rec* r : items) arr.Add(r);
+}
+
+// Sorts the folders by column: 0 name, 3 time; 1 (size), 2 (type) and any
+// other column leave the folders in their order. Equal keys keep their order.
+template <class Rec, class Array>
+void SortFolders(Array& arr, int column, bool ascending) {
+  if (column == COL_NAME) {
+    StableSortArray<Rec>(arr, [ascending](const Rec& a, const Rec& b) {
+      int c = a.m_name.Cmp(b.m_name);
+      return ascending ? c < 0 : c > 0;
+    });
+  } else if (column == COL_MODIFIED) {
+    StableSortArray<Rec>(arr, [ascending](const Rec& a, const Rec& b) {
+      long long ka = TimeKey(a.m_time), kb = TimeKey(b.m_time);
+      return ascending ? ka < kb : ka > kb;
+    });
+  }
+}
+
+// Sorts the files by column: 0 name, 1 size, 3 time; 2 (type) and any other
+// column leave them in their order. Equal keys keep their order.
+template <class Rec, class Array>
+void SortFiles(Array& arr, int column, bool ascending) {
+  if (column == COL_SIZE) {
+    StableSortArray<Rec>(arr, [ascending](const Rec& a, const Rec& b) {
+      return ascending ? a.m_size < b.m_size : a.m_size > b.m_size;
+    });
+  } else {
+    SortFolders<Rec>(arr, column, ascending);
+  }
+}
+
+inline void SortListing(ArrayDir& dirs, ArrayFile& files, int column, bool ascending) {
+  SortFolders<Dir_List>(dirs, column, ascending);
+  SortFiles<File_List>(files, column, ascending);
+}
+
+// Cell texts of folder mode.
+wxString FormatListTime(const wxDateTime& t);      // "%d-%02d-%02d %02d:%02d", local
+wxString FormatSizeKB(double bytes);               // "%u  KB", rounded to nearest
+wxString FileTypeText(const wxString& name);       // text after the last ".", or empty
+
+// Mounted path to the path field's drive-letter form: /mnt/C/dir/sub gives
+// C:\dir\sub, /mnt/C/ gives C:\, /mnt/C gives C, paths of 4 characters or
+// fewer are returned unchanged.
+wxString CovertPath(const wxString& path);
+
+// Parent of a folder path ending in "/": /mnt/C/a/b/ gives /mnt/C/a/.
+wxString ParentFolder(const wxString& path);
+
+// True for the texts of the "." and ".." rows.
+bool IsDotRowText(const wxString& text);
+
+// First row that select-all selects: 0 when row 0 is already selected,
+// otherwise 1 (the ".." row is left out).
+inline int SelectAllStartRow(bool row0Selected) { return row0Selected ? 0 : 1; }
+
+// Tree path matching: the searched path with "\" turned into "/" and a "/"
+// appended, and whether a child item's path is a whole-component prefix of it.
+wxString NormaliseSearchPath(const wxString& path);
+bool ChildPathMatches(const wxString& childPath, const wxString& searched, bool* whole);
+
+// Drive-list row texts.
+wxString DriveName(char letter);  // "%c:"
+
+}  // namespace listing

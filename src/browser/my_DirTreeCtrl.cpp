@@ -1,0 +1,506 @@
+#include "browser/my_DirTreeCtrl.h"
+
+#include <wx/dir.h>
+#include <wx/filedlg.h>
+#include <wx/filefn.h>
+#include <wx/filename.h>
+#include <wx/intl.h>
+#include <wx/log.h>
+#include <wx/menu.h>
+#include <wx/settings.h>
+#include <wx/tokenzr.h>
+
+#include <cstdio>
+
+#include "browser/FileTypeIcons.h"
+#include "browser/L_treectrl.h"
+#include "browser/ListingLogic.h"
+#include "browser/my_TreeItemData.h"
+#include "browser/my_listctrl.h"
+#include "dialogs/CBusyMsgBox.h"
+#include "disk/View_Disk_Info.h"
+#include "shell/CustomEvents.h"
+
+namespace {
+const int kTreeId = 1004;
+const long kDirsOnly = 0x10;
+const long kSelectFirst = 0x20;
+const long kShowBorder = 0x80;
+const long kEditLabels = 0x100;
+
+const char* const kTreeIcons[] = {
+    "./res/vantori/bmp/Folder_16x16.png",
+    "./res/vantori/bmp/FolderOpened_16x16.png",
+    "./res/vantori/disk.png",
+    "./res/vantori/usb.png",
+};
+}  // namespace
+
+BEGIN_EVENT_TABLE(my_DirTreeCtrl, wxControl)
+  EVT_TREE_ITEM_EXPANDING(kTreeId, my_DirTreeCtrl::OnExpandItem)
+  EVT_TREE_ITEM_COLLAPSED(kTreeId, my_DirTreeCtrl::OnCollapseItem)
+  EVT_TREE_BEGIN_LABEL_EDIT(kTreeId, my_DirTreeCtrl::OnBeginEditItem)
+  EVT_TREE_END_LABEL_EDIT(kTreeId, my_DirTreeCtrl::OnEndEditItem)
+  EVT_TREE_ITEM_MENU(kTreeId, my_DirTreeCtrl::OnItemMenu)
+  EVT_TREE_ITEM_ACTIVATED(kTreeId, my_DirTreeCtrl::OnItemActivated)
+  EVT_TREE_SEL_CHANGED(kTreeId, my_DirTreeCtrl::OnSelChanged)
+  EVT_SIZE(my_DirTreeCtrl::OnSize)
+  EVT_MENU(400, my_DirTreeCtrl::OnCopy)
+  EVT_MENU(401, my_DirTreeCtrl::OnAbout)
+  EVT_MENU(402, my_DirTreeCtrl::OnSelectAll)
+  EVT_MENU(403, my_DirTreeCtrl::OnProperties)
+END_EVENT_TABLE()
+
+my_DirTreeCtrl::my_DirTreeCtrl() { Init(); }
+
+my_DirTreeCtrl::my_DirTreeCtrl(wxWindow* parent, int id, const wxString& dir,
+                               const wxPoint& pos, const wxSize& size, long style,
+                               const wxString& filter, int defaultFilter, const wxString& name) {
+  Init();
+  Create(parent, id, dir, pos, size, style, filter, defaultFilter, name);
+  m_parentWindow = parent;
+}
+
+my_DirTreeCtrl::~my_DirTreeCtrl() {}
+
+void my_DirTreeCtrl::Init() {
+  m_showHidden = false;
+  m_filterIndex = 0;
+  m_currentFilter.clear();
+  m_treeCtrl = nullptr;
+  m_imageList = nullptr;
+  m_isUpdata = false;
+  m_isLastFocus = false;
+  m_listCtrl = nullptr;
+  m_textCtrlPath = nullptr;
+  m_parentWindow = nullptr;
+  m_selIsFolder = false;
+}
+
+bool my_DirTreeCtrl::Create(wxWindow* parent, int id, const wxString& dir, const wxPoint& pos,
+                            const wxSize& size, long style, const wxString& filter,
+                            int defaultFilter, const wxString& name) {
+  if (!wxControl::Create(parent, id, pos, size, style & ~(kShowBorder | kEditLabels),
+                         wxDefaultValidator, name))
+    return false;
+  SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_3DFACE));
+  SetForegroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_WINDOWTEXT));
+  Init();
+  m_parentWindow = parent;
+
+  long treeStyle = wxTR_HAS_BUTTONS | wxTR_HIDE_ROOT | wxTR_NO_LINES;
+  if (style & kEditLabels) treeStyle |= wxTR_EDIT_LABELS;
+  treeStyle |= (style & kShowBorder) ? wxBORDER_SUNKEN : wxBORDER_NONE;
+  m_treeCtrl = CreateTreeCtrl(this, this, kTreeId, wxPoint(0, 0), GetClientSize(), treeStyle);
+
+  m_defaultPath = dir;
+  m_filter = filter.empty() ? wxString("*") : filter;
+  SetFilterIndex(defaultFilter);
+  m_showHidden = false;
+
+  my_TreeItemData* rootData = new my_TreeItemData(wxString(), wxString(), true, false, -1);
+  InitImage();
+  m_treeCtrl->AssignImageList(m_imageList);
+  m_rootId = m_treeCtrl->AddRoot(wxGetTranslation("Sections"), 3, -1, rootData);
+  m_treeCtrl->SetItemHasChildren(m_rootId);
+  ExpandDir(m_rootId);
+  SetInitialSize(size);
+  return true;
+}
+
+L_treectrl* my_DirTreeCtrl::CreateTreeCtrl(wxWindow* parent, my_DirTreeCtrl* dirTree, int id,
+                                           const wxPoint& pos, const wxSize& size, long style) {
+  return new L_treectrl(parent, dirTree, id, pos, size, style);
+}
+
+wxTreeCtrl* my_DirTreeCtrl::GetTreeCtrl() const { return m_treeCtrl; }
+
+wxTreeItemId my_DirTreeCtrl::AppendItem(const wxTreeItemId& parent, const wxString& text,
+                                        int image, int selectedImage, wxTreeItemData* data) {
+  if (m_treeCtrl == nullptr) {
+    delete data;
+    return wxTreeItemId();
+  }
+  return m_treeCtrl->AppendItem(parent, text, image, selectedImage, data);
+}
+
+int my_DirTreeCtrl::InitImage() {
+  m_imageList = new wxImageList(16, 16, true, 1);
+  for (const char* file : kTreeIcons) {
+    wxBitmap bmp;
+    imageLoad(bmp, wxString::FromAscii(file), wxBITMAP_TYPE_PNG);
+    if (!bmp.IsOk()) {
+      bmp = wxBitmap(16, 16);  // a missing file keeps its slot
+    } else if (bmp.GetWidth() != 16 || bmp.GetHeight() != 16) {
+      wxImage img = bmp.ConvertToImage();
+      img.Rescale(16, 16);
+      bmp = wxBitmap(img, -1);
+    }
+    m_imageList->Add(bmp);
+  }
+  return 0;
+}
+
+void my_DirTreeCtrl::imageLoad(wxBitmap& bitmap, wxString path, int type) {
+  listing::LoadImageFile(bitmap, path, type);
+}
+
+my_TreeItemData* my_DirTreeCtrl::DataOf(const wxTreeItemId& id) const {
+  if (!id.IsOk() || m_treeCtrl == nullptr) return nullptr;
+  return static_cast<my_TreeItemData*>(m_treeCtrl->GetItemData(id));
+}
+
+void my_DirTreeCtrl::SetupSections() {
+  const int n = g_AllDiskPartitionInf.GetCurrentParttionNum() & 0xffff;
+  printf("asldkf = %d \n", n);
+  fflush(stdout);
+  wxArrayString names;
+  wxArrayInt images;
+  for (int i = 0; i < n && i < MAX_VOLUME_COUNT; ++i) {
+    const VolumeInformation& v = g_AllDiskPartitionInf.m_Volume[i];
+    m_sectionPaths.Add(wxString::FromAscii(v.MountPoint));
+    names.Add(listing::DriveName(v.DriveLetter));
+    images.Add(v.Removable ? 3 : 2);
+  }
+  for (size_t i = 0; i < names.GetCount(); ++i)
+    AddSection(m_sectionPaths[i], names[i], images[i], static_cast<int>(i));
+}
+
+void my_DirTreeCtrl::AddSection(const wxString& path, const wxString& name, int imageId,
+                                int partitionIndex) {
+  my_TreeItemData* data =
+      new my_TreeItemData(path, name, true, true, static_cast<int16_t>(partitionIndex));
+  wxTreeItemId id = AppendItem(m_rootId, name, imageId, -1, data);
+  if (id.IsOk()) m_treeCtrl->SetItemHasChildren(id);
+}
+
+void my_DirTreeCtrl::ExpandDir(wxTreeItemId parentId) {
+  my_TreeItemData* data = DataOf(parentId);
+  if (data == nullptr || data->m_isExpanded) return;
+  data->m_isExpanded = true;
+  if (parentId == m_treeCtrl->GetRootItem()) {
+    SetupSections();
+    return;
+  }
+
+  wxString dirName = data->m_path;
+  wxArrayString dirs;
+  wxArrayString files;
+  {
+    wxLogNull quiet;
+    wxDir d;
+    if (wxDirExists(dirName) && d.Open(dirName)) {
+      wxString name;
+      bool more = d.GetFirst(&name, wxString(), wxDIR_DIRS | wxDIR_HIDDEN);
+      while (more) {
+        if (name != "." && name != "..") dirs.Add(name);
+        more = d.GetNext(&name);
+      }
+    }
+    if (!HasFlag(kDirsOnly) && wxDirExists(dirName)) {
+      wxDir f;
+      if (f.Open(dirName)) {
+        int flags = wxDIR_FILES;
+        if (m_showHidden) flags |= wxDIR_HIDDEN;
+        wxStringTokenizer specs(m_currentFilter, ";");
+        while (specs.HasMoreTokens()) {
+          wxString spec = specs.GetNextToken();
+          wxString name;
+          bool more = f.GetFirst(&name, spec, flags);
+          while (more) {
+            if (name != "." && name != "..") files.Add(name);
+            more = f.GetNext(&name);
+          }
+        }
+      }
+    }
+  }
+
+  const wxString prefix = dirName.EndsWith("/") ? dirName : dirName + "/";
+  for (const wxString& name : dirs) {
+    my_TreeItemData* child = new my_TreeItemData(prefix + name, name, true, false, -1);
+    wxTreeItemId id = AppendItem(parentId, name, 0, -1, child);
+    if (!id.IsOk()) continue;
+    m_treeCtrl->SetItemImage(id, 1, wxTreeItemIcon_Expanded);
+    if (child->HasSubDirs() || (!HasFlag(kDirsOnly) && child->HasFiles(m_currentFilter)))
+      m_treeCtrl->SetItemHasChildren(id);
+  }
+  for (const wxString& name : files) {
+    my_TreeItemData* child = new my_TreeItemData(prefix + name, name, true, false, -1);
+    AppendItem(parentId, name, -1, -1, child);
+  }
+}
+
+void my_DirTreeCtrl::CollapseDir(wxTreeItemId parentId) {
+  my_TreeItemData* data = DataOf(parentId);
+  if (data == nullptr || !data->m_isExpanded) return;
+  data->m_isExpanded = false;
+  wxTreeItemIdValue cookie;
+  wxTreeItemId child = m_treeCtrl->GetFirstChild(parentId, cookie);
+  while (child.IsOk()) {
+    m_treeCtrl->Delete(child);
+    child = m_treeCtrl->GetFirstChild(parentId, cookie);
+  }
+  if (parentId != m_treeCtrl->GetRootItem()) m_treeCtrl->Collapse(parentId);
+}
+
+wxTreeItemId my_DirTreeCtrl::FindChild(wxTreeItemId parentId, const wxString& path, bool& done) {
+  const wxString searched = listing::NormaliseSearchPath(path);
+  wxTreeItemIdValue cookie;
+  wxTreeItemId child = m_treeCtrl->GetFirstChild(parentId, cookie);
+  while (child.IsOk()) {
+    my_TreeItemData* data = DataOf(child);
+    bool whole = false;
+    if (data != nullptr && !data->m_path.empty() &&
+        listing::ChildPathMatches(data->m_path, searched, &whole)) {
+      done = whole;
+      return child;
+    }
+    child = m_treeCtrl->GetNextChild(parentId, cookie);
+  }
+  return wxTreeItemId();
+}
+
+bool my_DirTreeCtrl::ExpandPath(const wxString& path) {
+  bool done = false;
+  wxTreeItemId id = FindChild(m_rootId, path, done);
+  wxTreeItemId lastId = id;
+  while (id.IsOk() && !done) {
+    ExpandDir(id);
+    id = FindChild(id, path, done);
+    if (id.IsOk()) lastId = id;
+  }
+  if (!lastId.IsOk()) return false;
+  my_TreeItemData* data = DataOf(lastId);
+  if (data != nullptr && data->m_isDir) m_treeCtrl->Expand(lastId);
+  if (HasFlag(kSelectFirst) && data != nullptr && data->m_isDir) {
+    wxTreeItemIdValue cookie;
+    wxTreeItemId child = m_treeCtrl->GetFirstChild(lastId, cookie);
+    while (child.IsOk()) {
+      my_TreeItemData* cd = DataOf(child);
+      if (cd != nullptr && !cd->m_path.empty() && !cd->m_isDir) {
+        m_treeCtrl->SelectItem(child);
+        m_treeCtrl->EnsureVisible(child);
+        return true;
+      }
+      child = m_treeCtrl->GetNextChild(lastId, cookie);
+    }
+  }
+  m_treeCtrl->SelectItem(lastId);
+  m_treeCtrl->EnsureVisible(lastId);
+  return true;
+}
+
+void my_DirTreeCtrl::SetPath(const wxString& path) {
+  m_defaultPath = path;
+  if (m_rootId.IsOk()) ExpandPath(path);
+}
+
+wxString my_DirTreeCtrl::GetPath() const {
+  if (m_treeCtrl == nullptr) return wxString();
+  my_TreeItemData* data = DataOf(m_treeCtrl->GetSelection());
+  return data ? data->m_path : wxString();
+}
+
+int my_DirTreeCtrl::GetPartition_index(const wxString& path) {
+  bool done = false;
+  my_TreeItemData* data = DataOf(FindChild(m_rootId, path, done));
+  return data ? data->m_partitionIndex : -1;
+}
+
+void my_DirTreeCtrl::UpdateMyDirTreeCtrl() {
+  for (const wxString& path : m_sectionPaths) {
+    bool done = false;
+    wxTreeItemId id = FindChild(m_rootId, path, done);
+    if (id.IsOk()) m_treeCtrl->Delete(id);
+  }
+  m_sectionPaths.Clear();
+  SetupSections();
+}
+
+wxString my_DirTreeCtrl::CovertPath(const wxString& path) const {
+  return listing::CovertPath(path);
+}
+
+void my_DirTreeCtrl::SetFilterIndex(int n) {
+  m_filterIndex = n;
+  wxString spec, description;
+  if (ExtractWildcard(m_filter, n, spec, description))
+    m_currentFilter = spec;
+  else
+    m_currentFilter = "*";
+}
+
+bool my_DirTreeCtrl::ExtractWildcard(const wxString& filterSpec, int n, wxString& filter,
+                                     wxString& description) {
+  wxArrayString descriptions, filters;
+  const size_t count = wxParseCommonDialogsFilter(filterSpec, descriptions, filters);
+  if (count > 0 && n >= 0 && static_cast<size_t>(n) < count) {
+    description = descriptions[n];
+    filter = filters[n];
+    return true;
+  }
+  return false;
+}
+
+void my_DirTreeCtrl::SetFocus() {
+  m_isLastFocus = true;
+  if (m_listCtrl != nullptr) m_listCtrl->SetIsLastFocus_listctrl(false);
+  PostMyCustomCommand(m_parentWindow, m_selIsFolder ? 405 : 404);
+  if (m_treeCtrl != nullptr) m_treeCtrl->SetFocus();
+}
+
+unsigned long long my_DirTreeCtrl::Account_Dir_File_Size(const wxString& path) {
+  wxLogNull quiet;
+  if (wxFileExists(path)) {
+    wxULongLong size = wxFileName::GetSize(path);
+    return size == wxInvalidSize ? 0 : size.GetValue();
+  }
+  double total = 0;
+  wxDir dir;
+  if (!wxDirExists(path) || !dir.Open(path)) return 0;
+  wxString name;
+  bool more = dir.GetFirst(&name, wxString(), wxDIR_FILES | wxDIR_DIRS | wxDIR_HIDDEN);
+  while (more) {
+    const wxString full = path + "/" + name;
+    if (wxFileExists(full)) {
+      wxULongLong size = wxFileName::GetSize(full);
+      if (size != wxInvalidSize) total += size.ToDouble();
+    } else if (wxDirExists(full)) {
+      total += static_cast<double>(Account_Dir_File_Size(full));
+    }
+    more = dir.GetNext(&name);
+  }
+  return static_cast<unsigned long long>(total);
+}
+
+void my_DirTreeCtrl::ShowInList(const wxString& folderWithSlash) {
+  if (m_listCtrl == nullptr) return;
+  if (m_listCtrl->GetCurrentColumnIndex() != -1) m_listCtrl->InitColumnUpDown();
+  m_listCtrl->Read_FileDir_Array(folderWithSlash);
+  m_listCtrl->List_FileTable();
+}
+
+void my_DirTreeCtrl::OnExpandItem(wxTreeEvent& event) {
+  if (!m_rootId.IsOk()) m_rootId = m_treeCtrl->GetRootItem();
+  const wxTreeItemId item = event.GetItem();
+  ExpandDir(item);
+  if (m_isUpdata) {
+    m_isUpdata = false;
+    if (m_listCtrl != nullptr) m_listCtrl->SetIsUpdataTreeCtrl(true);
+    return;
+  }
+  CBusyMsgBox busy(wxGetTranslation("Please wait, working..."), m_parentWindow,
+                   wxColour("WHITE"));
+  wxString path = GetPath();
+  if (m_textCtrlPath != nullptr) m_textCtrlPath->SetValue(CovertPath(path));
+  my_TreeItemData* data = DataOf(item);
+  if (!path.empty() && data != nullptr && data->HasSubDirs()) {
+    if (data->m_isSection && m_listCtrl != nullptr)
+      m_listCtrl->Refresh_column(data->m_partitionIndex);
+    path += "/";
+    ShowInList(path);
+    if (m_listCtrl != nullptr) m_listCtrl->SetLoadedFromTree(true);
+  }
+}
+
+void my_DirTreeCtrl::OnCollapseItem(wxTreeEvent& event) {
+  static int flag = 0;
+  ++flag;
+  if (flag == 1) {
+    CBusyMsgBox flash(wxGetTranslation("Please wait, working..."), m_parentWindow,
+                      wxColour("WHITE"));
+  }
+  if (flag == 2) flag = 0;
+
+  const wxTreeItemId item = event.GetItem();
+  CollapseDir(item);
+  wxString path = GetPath();
+  my_TreeItemData* data = DataOf(item);
+  if (!path.empty() && data != nullptr && data->HasSubDirs()) {
+    path += "/";
+    ShowInList(path);
+    if (m_textCtrlPath != nullptr) m_textCtrlPath->SetValue(CovertPath(path.BeforeLast('/')));
+  }
+}
+
+void my_DirTreeCtrl::OnBeginEditItem(wxTreeEvent& WXUNUSED(event)) {}
+void my_DirTreeCtrl::OnEndEditItem(wxTreeEvent& WXUNUSED(event)) {}
+
+void my_DirTreeCtrl::OnItemActivated(wxTreeEvent& event) {
+  wxString path = GetPath();
+  if (path.empty()) return;
+  const wxTreeItemId item = event.GetItem();
+  my_TreeItemData* data = DataOf(item);
+  if (data == nullptr) return;
+  if (!data->HasSubDirs()) {
+    path += "/";
+    ShowInList(path);
+    if (m_listCtrl != nullptr) m_listCtrl->SetLoadedFromTree(true);
+    if (m_textCtrlPath != nullptr) m_textCtrlPath->SetValue(CovertPath(path));
+  }
+  if (!data->m_isExpanded) {
+    SetPath(path);
+  } else {
+    OnCollapseItem(event);
+  }
+  if (m_textCtrlPath != nullptr) m_textCtrlPath->SetValue(CovertPath(path));
+}
+
+void my_DirTreeCtrl::OnSelChanged(wxTreeEvent& event) {
+  if (!m_isLastFocus) return;
+  my_TreeItemData* data = DataOf(event.GetItem());
+  if (data == nullptr) return;
+  if (!data->m_isSection) {
+    PostMyCustomCommand(m_parentWindow, 405);
+    m_selIsFolder = true;
+  } else {
+    PostMyCustomCommand(m_parentWindow, 404);
+    m_selIsFolder = false;
+  }
+}
+
+void my_DirTreeCtrl::OnSize(wxSizeEvent& event) {
+  if (m_treeCtrl != nullptr) m_treeCtrl->SetSize(GetClientSize());
+  event.Skip();
+}
+
+void my_DirTreeCtrl::OnItemMenu(wxTreeEvent& event) {
+  const wxTreeItemId item = event.GetItem();
+  my_TreeItemData* data = DataOf(item);
+  const wxPoint point = event.GetPoint();
+  if (data != nullptr && !data->m_isSection) ShowMenu(item, point);
+  event.Skip();
+}
+
+wxMenu* my_DirTreeCtrl::CreateItemMenu() const {
+  wxMenu* menu = new wxMenu;
+  menu->Append(400, wxGetTranslation("&Copy..."));
+  menu->Append(402, wxGetTranslation("&Select All..."));
+  menu->AppendSeparator();
+  menu->Append(403, wxGetTranslation("&Properties"));
+  menu->Enable(402, false);
+  return menu;
+}
+
+void my_DirTreeCtrl::ShowMenu(wxTreeItemId id, const wxPoint& pt) {
+  wxString title;
+  if (id.IsOk()) {
+    m_treeCtrl->SelectItem(id);
+    title = "Menu for " + m_treeCtrl->GetItemText(id);
+  } else {
+    title = "Menu for no particular item";
+  }
+  wxMenu* menu = CreateItemMenu();  // created without a title
+  PopupMenu(menu, pt);
+  delete menu;
+}
+
+void my_DirTreeCtrl::OnCopy(wxCommandEvent& WXUNUSED(event)) { PostMyCustomCommand(this, 400); }
+void my_DirTreeCtrl::OnAbout(wxCommandEvent& WXUNUSED(event)) { PostMyCustomCommand(this, 401); }
+void my_DirTreeCtrl::OnSelectAll(wxCommandEvent& WXUNUSED(event)) {
+  PostMyCustomCommand(this, 402);
+}
+void my_DirTreeCtrl::OnProperties(wxCommandEvent& WXUNUSED(event)) {
+  PostMyCustomCommand(this, 403);
+}
