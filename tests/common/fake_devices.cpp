@@ -272,8 +272,8 @@ void FakeDevices::FailShell(const std::string& text, int result) {
   failShell_.push_back({text, result});
 }
 void FakeDevices::SetStatfs(const std::string& path, long blockSize, unsigned long long blocks,
-                            unsigned long long freeBlocks) {
-  statfs_[path] = Space{blockSize, blocks, freeBlocks};
+                            unsigned long long freeBlocks, unsigned long long availBlocks) {
+  statfs_[path] = Space{blockSize, blocks, freeBlocks, availBlocks == ~0ull ? freeBlocks : availBlocks};
 }
 
 std::vector<std::string> FakeDevices::CallsOf(const std::string& verb) const {
@@ -599,7 +599,7 @@ int FakeDevices::Statfs(const char* path, void* out) {
     st->f_bsize = s->second.blockSize;
     st->f_blocks = s->second.blocks;
     st->f_bfree = s->second.freeBlocks;
-    st->f_bavail = s->second.freeBlocks;
+    st->f_bavail = s->second.availBlocks;
     return 0;
   }
   if (PrivateMntActive() && UnderMnt(p)) return ::statfs64(p.c_str(), st);
@@ -734,33 +734,118 @@ std::vector<uint8_t> DirEntry(const std::string& name11, uint8_t attribute) {
   return e;
 }
 
-std::string MakeFatVolumesImage(const std::string& dir, const std::vector<std::string>& labels) {
-  const uint32_t partSectors = 16384;  // 8 MiB
-  std::string image = dir + "/fat-volumes.img";
-  size_t n = labels.size() < 4 ? labels.size() : 4;
-  MakeSparseFile(image, (2048 + static_cast<uint64_t>(n) * partSectors) * 512);
-  std::vector<MbrEntry> entries;
-  for (size_t i = 0; i < n; ++i) {
-    MbrEntry e;
-    e.type = 0x06;
-    e.start = 2048 + static_cast<uint32_t>(i) * partSectors;
-    e.count = partSectors;
-    entries.push_back(e);
+std::vector<uint8_t> NtfsBootSector(uint32_t totalSectors) {
+  std::vector<uint8_t> b(512, 0);
+  b[0] = 0xEB;
+  b[1] = 0x52;
+  b[2] = 0x90;
+  memcpy(&b[3], "NTFS    ", 8);
+  Put16(b, 11, 512);
+  b[13] = 8;
+  Put32(b, 40, totalSectors - 1);
+  Put32(b, 48, 4);
+  Put32(b, 56, totalSectors / 16);
+  b[64] = 0xF6;
+  b[68] = 1;
+  b[510] = 0x55;
+  b[511] = 0xAA;
+  return b;
+}
+
+std::vector<uint8_t> NtfsVolumeRecord(const std::string& label) {
+  std::vector<uint8_t> rec(1024, 0);
+  memcpy(&rec[0], "FILE", 4);
+  rec[20] = 0x38;
+  // $STANDARD_INFORMATION, then $VOLUME_NAME (when there is a label), then
+  // the end marker.
+  size_t at = 0x38;
+  rec[at] = 0x10;
+  rec[at + 4] = 0x60;
+  at += 0x60;
+  if (!label.empty()) {
+    size_t chars = label.size() < 127 ? label.size() : 127;
+    size_t length = (0x18 + chars * 2 + 7) & ~static_cast<size_t>(7);
+    rec[at] = 0x60;
+    Put32(rec, at + 4, static_cast<uint32_t>(length));
+    Put32(rec, at + 16, static_cast<uint32_t>(chars * 2));
+    rec[at + 20] = 0x18;
+    for (size_t i = 0; i < chars; ++i) rec[at + 0x18 + 2 * i] = static_cast<uint8_t>(label[i]);
+    at += length;
   }
-  WriteAt(image, 0, BootRecord(entries));
+  Put32(rec, at, 0xFFFFFFFF);
+  return rec;
+}
+
+std::string MakeVolumesImage(const std::string& dir, const std::string& name,
+                             const std::vector<VolumeSpec>& volumes, uint32_t partSectors) {
+  std::string image = dir + "/" + name;
+  const size_t n = volumes.size();
+  const uint32_t slot = partSectors + 64;  // room for an extended boot record before each
+  ::unlink(image.c_str());
+  MakeSparseFile(image, (2048 + static_cast<uint64_t>(n) * slot + 2048) * 512);
+  std::vector<MbrEntry> mbr;
+  std::vector<uint64_t> starts;
+  size_t primaries = n <= 4 ? n : 3;
+  for (size_t i = 0; i < primaries; ++i) {
+    MbrEntry e;
+    e.type = volumes[i].kind == 'N' ? 0x07 : 0x06;
+    e.start = 2048 + static_cast<uint32_t>(i) * slot;
+    e.count = partSectors;
+    mbr.push_back(e);
+    starts.push_back(e.start);
+  }
+  if (n > primaries) {
+    uint32_t ext = 2048 + static_cast<uint32_t>(primaries) * slot;
+    MbrEntry e;
+    e.type = 0x0F;
+    e.start = ext;
+    e.count = static_cast<uint32_t>(n - primaries) * slot;
+    mbr.push_back(e);
+    for (size_t k = 0; k < n - primaries; ++k) {
+      MbrEntry data;
+      data.type = volumes[primaries + k].kind == 'N' ? 0x07 : 0x06;
+      data.start = 64;
+      data.count = partSectors;
+      std::vector<MbrEntry> ebr = {data};
+      if (primaries + k + 1 < n) {
+        MbrEntry link;
+        link.type = 0x05;
+        link.start = static_cast<uint32_t>(k + 1) * slot;
+        link.count = slot;
+        ebr.push_back(link);
+      }
+      uint64_t at = ext + static_cast<uint64_t>(k) * slot;
+      WriteAt(image, at * 512, BootRecord(ebr));
+      starts.push_back(at + 64);
+    }
+  }
+  WriteAt(image, 0, BootRecord(mbr));
   for (size_t i = 0; i < n; ++i) {
-    uint64_t base = static_cast<uint64_t>(entries[i].start) * 512;
-    FatParams p;
-    p.sectorsPerCluster = 2;
-    p.fatSize = 32;  // 8159 clusters: FAT16
-    p.totalSectors = partSectors;
-    WriteAt(image, base, FatBootSector(p));
-    std::vector<uint8_t> fat = {0xF8, 0xFF, 0xFF, 0xFF};
-    WriteAt(image, base + 1 * 512, fat);
-    WriteAt(image, base + 33 * 512, fat);
-    WriteAt(image, base + 65 * 512, DirEntry(labels[i], 0x08));
+    uint64_t base = starts[i] * 512;
+    if (volumes[i].kind == 'F') {
+      FatParams p;
+      p.sectorsPerCluster = 2;
+      p.fatSize = 32;  // 8159 clusters on 8 MiB: FAT16
+      p.totalSectors = partSectors;
+      WriteAt(image, base, FatBootSector(p));
+      std::vector<uint8_t> fat = {0xF8, 0xFF, 0xFF, 0xFF};
+      WriteAt(image, base + 1 * 512, fat);
+      WriteAt(image, base + 33 * 512, fat);
+      if (!volumes[i].label.empty()) WriteAt(image, base + 65 * 512, DirEntry(volumes[i].label, 0x08));
+    } else if (volumes[i].kind == 'N') {
+      WriteAt(image, base, NtfsBootSector(partSectors));
+      WriteAt(image, base + 38 * 512, NtfsVolumeRecord(volumes[i].label));
+    } else {
+      WriteAt(image, base, std::vector<uint8_t>(512, 0xF6));
+    }
   }
   return image;
+}
+
+std::string MakeFatVolumesImage(const std::string& dir, const std::vector<std::string>& labels) {
+  std::vector<VolumeSpec> specs;
+  for (size_t i = 0; i < labels.size() && i < 4; ++i) specs.push_back(VolumeSpec{'F', labels[i]});
+  return MakeVolumesImage(dir, "fat-volumes.img", specs);
 }
 
 std::string MakeTempDir(const std::string& prefix) {

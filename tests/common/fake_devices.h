@@ -116,7 +116,7 @@ class FakeDevices {
   // statfs64 answers for a mount point (otherwise the real statfs64 of the
   // directory under the private /mnt).
   void SetStatfs(const std::string& path, long blockSize, unsigned long long blocks,
-                 unsigned long long freeBlocks);
+                 unsigned long long freeBlocks, unsigned long long availBlocks = ~0ull);
 
   // Every call, in order: "open PATH", "close PATH", "ioctl PATH 0xREQ" (SG_IO adds
   // " len=N"), "lseek PATH OFFSET",
@@ -166,7 +166,7 @@ class FakeDevices {
   std::vector<std::pair<std::string, int>> failShell_;
   struct Space {
     long blockSize;
-    unsigned long long blocks, freeBlocks;
+    unsigned long long blocks, freeBlocks, availBlocks;
   };
   std::map<std::string, Space> statfs_;
   std::vector<std::string> calls_;
@@ -207,6 +207,24 @@ struct FatParams {
 std::vector<uint8_t> FatBootSector(const FatParams& p);
 // A 32-byte directory entry.
 std::vector<uint8_t> DirEntry(const std::string& name11, uint8_t attribute);
+
+// One volume of MakeVolumesImage: kind 'F' FAT16, 'N' NTFS, '0' a partition
+// holding no file system.
+struct VolumeSpec {
+  char kind;
+  std::string label;
+};
+// Makes dir/name: one disk with a partition of partSectors per volume (up to
+// four primaries; with more than four, three primaries and the rest logical
+// partitions in an extended one). Only what recognition reads is written:
+// boot sectors, root-directory labels, NTFS volume records. Returns the path.
+std::string MakeVolumesImage(const std::string& dir, const std::string& name,
+                             const std::vector<VolumeSpec>& volumes,
+                             uint32_t partSectors = 16384);
+// An NTFS boot sector (8 sectors per cluster, MFT at cluster 4) and the
+// volume file record that goes at sector 38 of the volume.
+std::vector<uint8_t> NtfsBootSector(uint32_t totalSectors);
+std::vector<uint8_t> NtfsVolumeRecord(const std::string& label);
 
 // Makes dir/fat-volumes.img: one disk with a FAT16 primary partition of
 // 8 MiB per label, each with that label in its root directory. Returns the
