@@ -33,7 +33,11 @@ class VolumeTable : public ::testing::Test {
     // Each test starts with an empty /mnt.
     dt::Run("rm -rf /mnt/* 2>/dev/null");
   }
-  void TearDown() override { dt::Run("rm -rf /mnt/* 2>/dev/null"); }
+  void TearDown() override {
+    // The table's destructor leaves the inventory alone (as at unload).
+    if (table_) FreeHdInfoList(&table_->m_Computer, FreeFsInfo);
+    dt::Run("rm -rf /mnt/* 2>/dev/null");
+  }
   // Builds a table with the fake's disks (as the constructor at load does).
   View_Disk_Info* Table() {
     table_.reset(new View_Disk_Info);

@@ -1,0 +1,283 @@
+// Images made by the real tools (sfdisk, mkfs.fat, mkntfs), read through the
+// faked device nodes, and checked against sfdisk --dump and blkid on the same
+// images.
+#include <gtest/gtest.h>
+#include <string.h>
+
+#include <map>
+
+#include "disk/DiskDiscovery.h"
+#include "disk/FileSystemDetect.h"
+#include "disk/View_Disk_Info.h"
+#include "disk_test_util.h"
+
+namespace {
+
+bool HaveTools(std::string* missing) {
+  for (const char* tool : {"sfdisk", "mkfs.fat", "mkntfs", "blkid", "dd"}) {
+    if (dt::Run(std::string("command -v ") + tool + " >/dev/null 2>&1") != 0) {
+      *missing = tool;
+      return false;
+    }
+  }
+  return true;
+}
+
+struct Oracle {
+  // sfdisk --dump: partition number -> (start, size, type)
+  struct Entry {
+    uint32_t start, size;
+    std::string type;
+  };
+  std::map<int, Entry> table;
+};
+
+Oracle::Entry ParseDumpLine(const std::string& line) {
+  Oracle::Entry e = {0, 0, ""};
+  size_t s = line.find("start=");
+  size_t z = line.find("size=");
+  size_t t = line.find("type=");
+  if (s != std::string::npos) e.start = static_cast<uint32_t>(strtoul(line.c_str() + s + 6, nullptr, 10));
+  if (z != std::string::npos) e.size = static_cast<uint32_t>(strtoul(line.c_str() + z + 5, nullptr, 10));
+  if (t != std::string::npos) {
+    e.type = line.substr(t + 5);
+    e.type = e.type.substr(0, e.type.find_first_of(", \n"));
+  }
+  return e;
+}
+
+std::map<int, Oracle::Entry> SfdiskDump(const std::string& image) {
+  std::string out;
+  EXPECT_EQ(dt::Run("sfdisk --dump '" + image + "' 2>/dev/null", &out), 0);
+  std::map<int, Oracle::Entry> table;
+  for (const std::string& line : dt::Lines(out)) {
+    size_t colon = line.find(" : ");
+    if (colon == std::string::npos || line.compare(0, image.size(), image) != 0) continue;
+    int number = atoi(line.c_str() + image.size());
+    table[number] = ParseDumpLine(line);
+  }
+  return table;
+}
+
+// blkid's view of the volume at a byte offset: KEY -> value.
+std::map<std::string, std::string> Blkid(const std::string& image, uint64_t offset) {
+  std::string out;
+  dt::Run("blkid -p -o export --offset " + std::to_string(offset) + " '" + image + "' 2>/dev/null",
+          &out);
+  std::map<std::string, std::string> keys;
+  for (const std::string& line : dt::Lines(out)) {
+    size_t eq = line.find('=');
+    if (eq != std::string::npos) keys[line.substr(0, eq)] = line.substr(eq + 1);
+  }
+  return keys;
+}
+
+std::string TypeName(uint8_t type) {
+  switch (type) {
+    case FS_TYPE_FAT12: return "vfat/FAT12";
+    case FS_TYPE_FAT16: return "vfat/FAT16";
+    case FS_TYPE_FAT32: return "vfat/FAT32";
+    case FS_TYPE_NTFS: return "ntfs";
+    default: return "";
+  }
+}
+
+std::string BlkidTypeName(const std::map<std::string, std::string>& keys) {
+  auto t = keys.find("TYPE");
+  if (t == keys.end()) return "";
+  if (t->second == "vfat") {
+    auto v = keys.find("VERSION");
+    return "vfat/" + (v == keys.end() ? std::string("?") : v->second);
+  }
+  return t->second;
+}
+
+std::string TrimRight(std::string s) {
+  while (!s.empty() && s.back() == ' ') s.pop_back();
+  return s;
+}
+
+class ToolImages : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string missing;
+    ASSERT_TRUE(HaveTools(&missing)) << "tool not installed: " << missing
+                                     << " (./dev.sh installs fdisk, dosfstools, ntfs-3g)";
+  }
+  // Makes the standard test disk: FAT16, FAT12 primaries; an extended
+  // partition with FAT32, NTFS and an unformatted logical partition.
+  std::string MakeDisk() {
+    std::string img = dir_ / "disk.img";
+    std::string part = dir_ / "ntfs.img";
+    std::string script =
+        "label: dos\n"
+        "start=2048, size=16384, type=6\n"
+        "start=18432, size=4096, type=1\n"
+        "start=24576, type=f\n"
+        "start=26624, size=69632, type=c\n"
+        "start=98304, size=16384, type=7\n"
+        "start=116736, size=2048, type=83\n";
+    std::string cmd =
+        "set -e; truncate -s 72M '" + img + "'; printf '" + script + "' | sfdisk -q '" + img +
+        "' >/dev/null 2>&1;"
+        "mkfs.fat -F 16 -s 2 -n FAT16VOL --offset 2048 '" + img + "' 8192 >/dev/null 2>&1;"
+        "mkfs.fat -F 12 -n FAT12VOL --offset 18432 '" + img + "' 2048 >/dev/null 2>&1;"
+        "mkfs.fat -F 32 -s 1 -n FAT32VOL --offset 26624 '" + img + "' 34816 >/dev/null 2>&1;"
+        "truncate -s 8M '" + part + "';"
+        "mkntfs -F -Q -p 98304 -H 255 -S 63 -L NTFSVOL '" + part + "' >/dev/null 2>&1;"
+        "dd if='" + part + "' of='" + img + "' bs=512 seek=98304 conv=notrunc,sparse status=none;"
+        "rm -f '" + part + "'";
+    EXPECT_EQ(dt::Run(cmd), 0) << cmd;
+    return img;
+  }
+  dt::TempDir dir_;
+};
+
+TEST_F(ToolImages, PartitionsAgreeWithSfdisk) {
+  std::string img = MakeDisk();
+  std::map<int, Oracle::Entry> dump = SfdiskDump(img);
+  ASSERT_EQ(dump.size(), 6u);
+  vt::FakeDevices fake;
+  fake.AddIdeDisk("/dev/hda", img, "TOOLS");
+  MyComputer root = {0, nullptr};
+  ASSERT_EQ(DiskListFun(&root, 1), 1);
+  const HardDiskInformation& disk = root.Disks[0];
+  EXPECT_EQ(disk.TotalSectors, 72u * 2048);
+  // The extended partition itself (3) is followed, not recorded.
+  ASSERT_EQ(disk.PartitionCount, 5);
+  const int numbers[] = {1, 2, 5, 6, 7};
+  // Extended boot record of each logical partition, from the raw chain.
+  for (int i = 0; i < disk.PartitionCount; ++i) {
+    const PartitionInformation& p = disk.Partitions[i];
+    SCOPED_TRACE("partition " + std::to_string(numbers[i]));
+    EXPECT_EQ(p.PartitionNumber, numbers[i]);
+    const Oracle::Entry& e = dump[numbers[i]];
+    EXPECT_EQ(p.SectorCount, e.size);
+    if (p.PartitionNumber < 5) {
+      EXPECT_EQ(p.StartSector, e.start);
+    } else {
+      // A logical partition's start is the sector of the extended boot
+      // record that describes it, not where its volume begins (sfdisk's
+      // start): the record lies before the volume, inside the extended one.
+      EXPECT_LT(p.StartSector, e.start);
+      EXPECT_GE(p.StartSector, dump[3].start);
+      std::vector<uint8_t> ebr = vt::ReadAt(img, static_cast<uint64_t>(p.StartSector) * 512, 512);
+      ASSERT_EQ(ebr.size(), 512u);
+      EXPECT_EQ(ebr[510], 0x55);
+      EXPECT_EQ(ebr[511], 0xAA);
+      EXPECT_EQ(p.StartSector + ByteToDWord(ebr.data(), 446 + 8), e.start);
+    }
+    EXPECT_EQ(p.DriveLetter, 'C' + i);
+  }
+  FreeHdInfoList(&root, FreeFsInfo);
+}
+
+TEST_F(ToolImages, VolumesAgreeWithBlkid) {
+  std::string img = MakeDisk();
+  std::map<int, Oracle::Entry> dump = SfdiskDump(img);
+  vt::FakeDevices fake;
+  fake.AddIdeDisk("/dev/hda", img, "TOOLS");
+  MyComputer root = {0, nullptr};
+  ASSERT_EQ(DiskListFun(&root, 1), 1);
+  const HardDiskInformation& disk = root.Disks[0];
+  const char* expectedType[] = {"vfat/FAT16", "vfat/FAT12", "vfat/FAT32", "ntfs", ""};
+  const char* expectedLabel[] = {"FAT16VOL   ", "FAT12VOL   ", "FAT32VOL   ", "NTFSVOL", nullptr};
+  for (int i = 0; i < disk.PartitionCount; ++i) {
+    PartitionInformation& p = disk.Partitions[i];
+    SCOPED_TRACE("partition " + std::to_string(p.PartitionNumber));
+    char node[32];
+    snprintf(node, sizeof(node), "/dev/hda%d", p.PartitionNumber);
+    ASSERT_EQ(DetectPartition(node, disk.BytesPerSector, &p), 0);
+    const FileSystemInformation& fs = *p.FileSystem;
+    std::map<std::string, std::string> keys =
+        Blkid(img, static_cast<uint64_t>(dump[p.PartitionNumber].start) * 512);
+    EXPECT_EQ(TypeName(fs.FsType), BlkidTypeName(keys));
+    EXPECT_EQ(TypeName(fs.FsType), expectedType[i]);
+    if (expectedLabel[i] == nullptr) {
+      EXPECT_EQ(fs.VolumeLabel, nullptr);
+      EXPECT_EQ(keys.count("LABEL"), 0u);
+      continue;
+    }
+    ASSERT_NE(fs.VolumeLabel, nullptr);
+    EXPECT_STREQ(fs.VolumeLabel, expectedLabel[i]);
+    // blkid drops the blanks that pad a FAT label; the record keeps them.
+    EXPECT_EQ(TrimRight(fs.VolumeLabel), keys["LABEL"]);
+  }
+  EXPECT_EQ(fake.OpenHandles(), 0);
+  FreeHdInfoList(&root, FreeFsInfo);
+}
+
+TEST_F(ToolImages, EachFatSizeOnItsOwnDisk) {
+  // One disk per FAT size, the volume written in place by mkfs.fat at the
+  // partition's offset; labels in lower case are stored as given.
+  struct Case {
+    const char* fat;
+    const char* sectors;  // partition size in sectors
+    const char* label;
+    uint8_t type;
+  } cases[] = {{"12", "8192", "small", FS_TYPE_FAT12},
+               {"16", "32768", "MEDIUM", FS_TYPE_FAT16},
+               {"32", "81920", "LARGE", FS_TYPE_FAT32}};
+  vt::FakeDevices fake;
+  char node = 'a';
+  for (const Case& c : cases) {
+    std::string img = dir_ / (std::string("fat") + c.fat + ".img");
+    std::string cmd = "set -e; truncate -s 48M '" + img + "'; printf 'label: dos\\nstart=2048, size=" +
+                      c.sectors + ", type=c\\n' | sfdisk -q '" + img + "' >/dev/null 2>&1;" +
+                      "mkfs.fat -F " + c.fat + " -n '" + c.label + "' --offset 2048 '" + img +
+                      "' " + std::to_string(atoi(c.sectors) / 2) + " >/dev/null 2>&1";
+    ASSERT_EQ(dt::Run(cmd), 0) << cmd;
+    fake.AddScsiDisk(std::string("/dev/sd") + node, img, "VENDOR", c.label, 0, 0, node - 'a', 0,
+                     node - 'a');
+    ++node;
+  }
+  View_Disk_Info table;
+  ASSERT_EQ(table.m_DiskCount, 3);
+  EXPECT_EQ(DetectAllPartitions(&table.m_Computer), 3);
+  for (int d = 0; d < 3; ++d) {
+    SCOPED_TRACE(cases[d].fat);
+    const HardDiskInformation& disk = table.m_Computer.Disks[d];
+    ASSERT_EQ(disk.PartitionCount, 1);
+    const FileSystemInformation* fs = disk.Partitions[0].FileSystem;
+    ASSERT_NE(fs, nullptr);
+    EXPECT_EQ(fs->FsType, cases[d].type);
+    std::map<std::string, std::string> keys =
+        Blkid(dir_ / (std::string("fat") + cases[d].fat + ".img"), 2048 * 512);
+    EXPECT_EQ(TypeName(fs->FsType), BlkidTypeName(keys));
+    ASSERT_NE(fs->VolumeLabel, nullptr);
+    EXPECT_EQ(TrimRight(fs->VolumeLabel), keys["LABEL"]);
+    EXPECT_EQ(disk.Partitions[0].StartSector, 2048u);
+    EXPECT_EQ(disk.Partitions[0].SectorCount, static_cast<uint32_t>(atoi(cases[d].sectors)));
+  }
+  FreeHdInfoList(&table.m_Computer, FreeFsInfo);
+}
+
+TEST_F(ToolImages, MountingTheToolMadeDisk) {
+  ASSERT_TRUE(vt::FakeDevices::PrivateMntActive()) << "run inside tests/run-in-mntns.sh";
+  std::string img = MakeDisk();
+  vt::FakeDevices fake;
+  fake.AddIdeDisk("/dev/hda", img, "TOOLS");
+  View_Disk_Info table;
+  dt::StdoutCapture out;
+  table.UI_InitDevice();
+  table.GetDiskParttionInfo();
+  out.Stop();
+  ASSERT_EQ(table.GetCurrentParttionNum(), 4);
+  const char* labels[] = {"FAT16VOL   ", "FAT12VOL   ", "FAT32VOL   ", "NTFSVOL"};
+  const char* names[] = {"FAT16", "FAT12", "FAT32", "NTFS"};
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(table.m_Volume[i].DriveLetter, 'C' + i);
+    EXPECT_STREQ(table.m_Volume[i].VolumeLabel, labels[i]);
+    EXPECT_STREQ(table.m_Volume[i].FsName, names[i]);
+  }
+  // The unformatted logical partition 7 took no letter.
+  EXPECT_EQ(table.m_Computer.Disks[0].Partitions[4].DriveLetter, 0);
+  std::vector<std::string> shell = fake.CallsOf("system");
+  ASSERT_EQ(shell.size(), 2u);
+  EXPECT_EQ(shell[1].rfind("ntfs-3g /dev/hda6 /mnt/F ", 0), 0u);
+  table.UI_FreeMemory();
+  FreeHdInfoList(&table.m_Computer, FreeFsInfo);
+  dt::Run("rm -rf /mnt/* 2>/dev/null");
+}
+
+}  // namespace
