@@ -288,7 +288,8 @@ int GetScsiHandle(int host, int channel, int id, int lun, char* out) {
       }
     }
   }
-  snprintf(out, 20, "%s%s%s%s", hostText, channelText, idText, lunText);
+  // The handle field holds 20 chars: a longer handle is cut to 19.
+  if (snprintf(out, 20, "%s%s%s%s", hostText, channelText, idText, lunText) < 0) out[0] = 0;
   return static_cast<int>(strlen(out));
 }
 
