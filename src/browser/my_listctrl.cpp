@@ -403,7 +403,9 @@ void my_listctrl::OnListKeyDown(wxListEvent& event) {
   if (event.GetKeyCode() == WXK_BACK) {
     wxCommandEvent up;
     OnUpList(up);
+    return;
   }
+  event.Skip();  // every other key keeps the list's own handling
 }
 
 void my_listctrl::OnFocused(wxListEvent& event) { event.Skip(); }

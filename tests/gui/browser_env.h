@@ -1,0 +1,247 @@
+// Test environment of the source browser: volumes C:, D: (fixed disk) and E:
+// (removable) mounted through the faked devices under the private /mnt, real
+// files below them, and a window holding the source tree and list wired
+// together as the main frame wires them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <wx/frame.h>
+#include <wx/listctrl.h>
+#include <wx/menu.h>
+#include <wx/panel.h>
+#include <wx/splitter.h>
+#include <wx/textctrl.h>
+#include <wx/uiaction.h>
+
+#include <string>
+#include <vector>
+
+#include "browser/L_listctrl.h"
+#include "browser/L_treectrl.h"
+#include "browser/my_DirTreeCtrl.h"
+#include "browser/my_TreeItemData.h"
+#include "browser/my_listctrl.h"
+#include "common/fake_devices.h"
+#include "common/test_support.h"
+#include "disk/View_Disk_Info.h"
+#include "shell/CustomEvents.h"
+
+namespace vt {
+
+// Records pop-up menus instead of running GTK's menu loop.
+struct MenuRecord {
+  int popups = 0;
+  std::vector<int> ids;
+  std::vector<wxString> labels;
+  std::vector<bool> enabled;
+  void Take(wxMenu* menu) {
+    ++popups;
+    ids.clear();
+    labels.clear();
+    enabled.clear();
+    for (wxMenuItem* item : menu->GetMenuItems()) {
+      ids.push_back(item->GetId());
+      labels.push_back(item->GetItemLabel());
+      enabled.push_back(item->IsEnabled());
+    }
+  }
+};
+
+class RecordingList : public my_listctrl {
+ public:
+  MenuRecord menus;
+
+ protected:
+  bool DoPopupMenu(wxMenu* menu, int, int) override {
+    menus.Take(menu);
+    return true;
+  }
+};
+
+class RecordingTree : public my_DirTreeCtrl {
+ public:
+  MenuRecord menus;
+
+ protected:
+  bool DoPopupMenu(wxMenu* menu, int, int) override {
+    menus.Take(menu);
+    return true;
+  }
+};
+
+// Mounts the test volumes; removes what the tests wrote under /mnt.
+class TestVolumes {
+ public:
+  explicit TestVolumes(bool withVolumes = true) {
+    if (!InPrivateMnt()) return;
+    ok_ = true;
+    CleanMnt();
+    if (withVolumes) {
+      dirA_ = MakeTempDir("vantori-browser-a");
+      dirB_ = MakeTempDir("vantori-browser-b");
+      fake_.AddIdeDisk("/dev/hda", MakeFatVolumesImage(dirA_, {"DATA", "BACKUP"}), "TEST DISK");
+      fake_.AddIdeDisk("/dev/hdb", MakeFatVolumesImage(dirB_, {"STICK"}), "STICK", true);
+    }
+    g_AllDiskPartitionInf.UI_FreeMemory();
+    g_AllDiskPartitionInf.UI_InitDevice();
+    g_AllDiskPartitionInf.GetDiskParttionInfo();
+  }
+  ~TestVolumes() {
+    if (!ok_) return;
+    g_AllDiskPartitionInf.UI_FreeMemory();
+    CleanMnt();
+    if (!dirA_.empty()) RemoveTree(dirA_);
+    if (!dirB_.empty()) RemoveTree(dirB_);
+  }
+  bool Ok() const { return ok_; }
+  FakeDevices& Fake() { return fake_; }
+
+  static void CleanMnt() {
+    for (const char* d : {"/mnt/C", "/mnt/D", "/mnt/E", "/mnt/F"}) RemoveTree(d);
+  }
+
+ private:
+  bool ok_ = false;
+  FakeDevices fake_;
+  std::string dirA_, dirB_;
+};
+
+// A top-level window with the path field, the tree (id 1002) and the list
+// (id 1001) in a splitter; every custom command code that reaches the
+// window is recorded.
+class BrowserWindow {
+ public:
+  BrowserWindow() {
+    top = new wxFrame(nullptr, wxID_ANY, "browser", wxPoint(0, 0), wxSize(900, 600));
+    panel = new wxPanel(top, wxID_ANY);
+    path = new wxTextCtrl(panel, wxID_ANY, "c:\\", wxPoint(5, 5), wxSize(600, 26));
+    splitter = new wxSplitterWindow(panel, wxID_ANY, wxPoint(5, 40), wxSize(880, 520), 0x300,
+                                    "splitter");
+    tree = new RecordingTree;
+    tree->Create(splitter, 1002, "D:\\", wxDefaultPosition, wxDefaultSize, 0x90, wxString(), 0,
+                 wxString());
+    list = new RecordingList;
+    list->Create(splitter, 1001, wxDefaultPosition, wxDefaultSize, wxBORDER_SUNKEN, wxString());
+    splitter->SplitVertically(tree, list, 200);
+    splitter->SetMinimumPaneSize(1);
+    tree->SetListCtrlPoint(list);
+    tree->SetTextCtrlPath(path);
+    list->SetPDirTree(tree);
+    top->Bind(wxEventTypeTag<wxCommandEvent>(wxEVT_MY_CUSTOM_COMMAND), [this](wxCommandEvent& e) { codes.push_back(e.GetId()); });
+    top->Show();
+    top->Raise();
+    PumpUntil([this] { return top->IsShownOnScreen(); });
+    Pump(150);
+  }
+  ~BrowserWindow() {
+    top->Destroy();
+    Pump(30);
+  }
+
+  wxListCtrl* L() const { return list->GetListCtrl(); }
+  wxTreeCtrl* T() const { return tree->GetTreeCtrl(); }
+
+  int Rows() const { return L()->GetItemCount(); }
+  wxString Cell(long row, int column) const { return L()->GetItemText(row, column); }
+  std::vector<wxString> Column0() const {
+    std::vector<wxString> v;
+    for (long i = 0; i < Rows(); ++i) v.push_back(Cell(i, 0));
+    return v;
+  }
+  std::vector<long> Selected() const {
+    std::vector<long> v;
+    long i = -1;
+    while ((i = L()->GetNextItem(i, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED)) != -1) v.push_back(i);
+    return v;
+  }
+  long Focused() const { return L()->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_FOCUSED); }
+  long RowOf(const wxString& text) const {
+    for (long i = 0; i < Rows(); ++i)
+      if (Cell(i, 0) == text) return i;
+    return -1;
+  }
+
+  // Screen point in the middle of a row's name cell.
+  wxPoint RowPoint(long row) const {
+    wxRect r;
+    L()->GetItemRect(row, r, wxLIST_RECT_LABEL);
+    return L()->ClientToScreen(wxPoint(r.x + 10, r.y + r.height / 2));
+  }
+  // Screen point on a column header.
+  wxPoint HeaderPoint(int column) const {
+    int x = 0;
+    for (int c = 0; c < column; ++c) x += L()->GetColumnWidth(c);
+    return L()->ClientToScreen(wxPoint(x + 20, 8));
+  }
+  wxPoint TreeItemPoint(const wxTreeItemId& id) const {
+    wxRect r;
+    T()->GetBoundingRect(id, r, true);
+    return T()->ClientToScreen(wxPoint(r.x + r.width / 2, r.y + r.height / 2));
+  }
+
+  void Click(const wxPoint& p, int button = wxMOUSE_BTN_LEFT) {
+    wxUIActionSimulator sim;
+    sim.MouseMove(p);
+    Pump(30);
+    sim.MouseClick(button);
+    Pump(80);
+  }
+  // Header clicks come far enough apart not to count as a double-click.
+  void ClickHeader(const wxPoint& p) {
+    Pump(450);
+    Click(p);
+  }
+  void DoubleClick(const wxPoint& p) {
+    // GTK counts a press within twice the double-click time of an earlier
+    // double-click as a triple click: wait that long.
+    Pump(850);
+    wxUIActionSimulator sim;
+    sim.MouseMove(p);
+    Pump(30);
+    sim.MouseDblClick();
+    Pump(120);
+  }
+  void Key(int key, int modifiers = wxMOD_NONE) {
+    wxUIActionSimulator sim;
+    sim.Char(key, modifiers);
+    Pump(120);
+  }
+
+  // Activates a row as a double-click does.
+  void Activate(long row) { DoubleClick(RowPoint(row)); }
+
+  wxTreeItemId TreeChild(const wxTreeItemId& parent, const wxString& label) const {
+    wxTreeItemIdValue cookie;
+    for (wxTreeItemId c = T()->GetFirstChild(parent, cookie); c.IsOk();
+         c = T()->GetNextChild(parent, cookie))
+      if (T()->GetItemText(c) == label) return c;
+    return wxTreeItemId();
+  }
+  std::vector<wxString> TreeChildren(const wxTreeItemId& parent) const {
+    std::vector<wxString> v;
+    wxTreeItemIdValue cookie;
+    for (wxTreeItemId c = T()->GetFirstChild(parent, cookie); c.IsOk();
+         c = T()->GetNextChild(parent, cookie))
+      v.push_back(T()->GetItemText(c));
+    return v;
+  }
+  my_TreeItemData* TreeData(const wxTreeItemId& id) const {
+    return static_cast<my_TreeItemData*>(T()->GetItemData(id));
+  }
+  bool Posted(int code) const {
+    for (int c : codes)
+      if (c == code) return true;
+    return false;
+  }
+
+  wxFrame* top;
+  wxPanel* panel;
+  wxTextCtrl* path;
+  wxSplitterWindow* splitter;
+  RecordingTree* tree;
+  RecordingList* list;
+  std::vector<int> codes;
+};
+
+}  // namespace vt

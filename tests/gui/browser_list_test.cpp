@@ -1,0 +1,414 @@
+// The source file list driven through real windows: drive mode, opening and
+// leaving folders by double-click, Enter, the ".." row and Backspace,
+// sorting by header clicks, Ctrl+A, the context menu and the codes posted.
+#include "browser_env.h"
+
+#include <wx/imaglist.h>
+
+#include "browser/ListingLogic.h"
+
+#include <sys/stat.h>
+#include <sys/time.h>
+
+using vt::BrowserWindow;
+using vt::TestVolumes;
+
+namespace {
+
+void SetTime(const std::string& path, time_t t) {
+  struct timeval tv[2] = {{t, 0}, {t, 0}};
+  utimes(path.c_str(), tv);
+}
+
+class BrowserListTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(vt::InPrivateMnt()) << "run inside tests/run-in-mntns.sh";
+    volumes.reset(new TestVolumes);
+    ASSERT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 3);
+    // C: holds folders and files of known sizes and times.
+    mkdir("/mnt/C/docs", 0755);
+    mkdir("/mnt/C/docs/inner", 0755);
+    mkdir("/mnt/C/alpha", 0755);
+    vt::WriteFile("/mnt/C/docs/readme.txt", std::string(100, 'r'));
+    vt::WriteFile("/mnt/C/docs/inner/deep.c", "int x;");
+    vt::WriteFile("/mnt/C/b.txt", std::string(1536, 'b'));
+    vt::WriteFile("/mnt/C/a.exe", std::string(511, 'a'));
+    vt::WriteFile("/mnt/C/Makefile", std::string(512, 'm'));
+    SetTime("/mnt/C/b.txt", 1000000000);
+    SetTime("/mnt/C/a.exe", 1200000000);
+    SetTime("/mnt/C/Makefile", 1100000000);
+    SetTime("/mnt/C/docs", 1300000000);
+    SetTime("/mnt/C/alpha", 1250000000);
+    win.reset(new BrowserWindow);
+  }
+  void TearDown() override {
+    win.reset();
+    volumes.reset();
+  }
+
+  // Opens C: from the drive list by double-click.
+  void OpenC() {
+    win->Activate(0);
+    ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/"; }));
+  }
+
+  std::unique_ptr<TestVolumes> volumes;
+  std::unique_ptr<BrowserWindow> win;
+};
+
+}  // namespace
+
+TEST_F(BrowserListTest, DriveModeListsTheVolumes) {
+  EXPECT_TRUE(win->list->GetCurrentListctrlPath().empty());
+  EXPECT_FALSE(win->list->GetHasFolder());
+  ASSERT_EQ(win->L()->GetColumnCount(), 4);
+  const char* heads[] = {"Name", "Type", "Size", "Free Size"};
+  const int widths[] = {110, 90, 100, 120};
+  const int aligns[] = {wxLIST_FORMAT_LEFT, wxLIST_FORMAT_RIGHT, wxLIST_FORMAT_LEFT,
+                        wxLIST_FORMAT_LEFT};
+  for (int c = 0; c < 4; ++c) {
+    wxListItem col;
+    col.SetMask(wxLIST_MASK_TEXT | wxLIST_MASK_WIDTH | wxLIST_MASK_FORMAT);
+    win->L()->GetColumn(c, col);
+    EXPECT_EQ(col.GetText(), heads[c]);
+    EXPECT_EQ(col.GetWidth(), widths[c]);
+    EXPECT_EQ(col.GetAlign(), aligns[c]);
+  }
+  ASSERT_EQ(win->Rows(), 3);
+  EXPECT_EQ(win->Column0(), (std::vector<wxString>{"C:", "D:", "E:"}));
+  for (int i = 0; i < 3; ++i)
+    EXPECT_EQ(win->Cell(i, 1), wxString::FromAscii(g_AllDiskPartitionInf.m_Volume[i].VolumeLabel));
+  EXPECT_TRUE(win->Cell(0, 1).StartsWith("DATA"));
+  EXPECT_TRUE(win->Cell(2, 1).StartsWith("STICK"));
+  EXPECT_EQ(win->Cell(0, 2), wxString::FromAscii(g_AllDiskPartitionInf.m_Volume[0].SizeText));
+  EXPECT_EQ(win->Cell(0, 3), wxString::FromAscii(g_AllDiskPartitionInf.m_Volume[0].FreeText));
+  const ListingRows* rows = win->list->GetRows();
+  EXPECT_EQ(rows->Image(0), 34);
+  EXPECT_EQ(rows->Image(1), 34);
+  EXPECT_EQ(rows->Image(2), 35);
+  // Row of the partition index (0) is selected and focused; 424 was posted.
+  EXPECT_EQ(win->Selected(), std::vector<long>{0});
+  EXPECT_EQ(win->Focused(), 0);
+  EXPECT_TRUE(win->Posted(424));
+}
+
+TEST_F(BrowserListTest, ImageListsHoldTheFixedImages) {
+  ASSERT_NE(win->list->GetSmallImageList(), nullptr);
+  EXPECT_EQ(win->list->GetSmallImageList()->GetImageCount(), 36);
+  EXPECT_EQ(win->list->GetNormalImageList()->GetImageCount(), 0);
+  EXPECT_EQ(win->L()->GetImageList(wxIMAGE_LIST_SMALL), win->list->GetSmallImageList());
+  int w = 0, h = 0;
+  win->list->GetSmallImageList()->GetSize(0, w, h);
+  EXPECT_EQ(w, 16);
+  EXPECT_EQ(h, 16);
+}
+
+TEST_F(BrowserListTest, DoubleClickOpensDriveAndListsFoldersFirst) {
+  win->codes.clear();
+  OpenC();
+  EXPECT_TRUE(win->list->GetHasFolder());
+  EXPECT_TRUE(win->Posted(425));
+  ASSERT_EQ(win->L()->GetColumnCount(), 4);
+  const char* heads[] = {"Name", "Size", "Type", "Modified"};
+  const int widths[] = {130, 80, 60, 130};
+  for (int c = 0; c < 4; ++c) {
+    wxListItem col;
+    col.SetMask(wxLIST_MASK_TEXT | wxLIST_MASK_WIDTH);
+    win->L()->GetColumn(c, col);
+    EXPECT_EQ(col.GetText(), heads[c]);
+    EXPECT_EQ(col.GetWidth(), widths[c]);
+  }
+  ASSERT_EQ(win->Rows(), 6);
+  EXPECT_EQ(win->Cell(0, 0), "..");
+  // Folders (rows 1, 2) above files (rows 3-5).
+  for (long r : {1L, 2L}) {
+    EXPECT_EQ(win->Cell(r, 2), "Folder");
+    EXPECT_EQ(win->Cell(r, 1), "");
+  }
+  const long b = win->RowOf("b.txt"), a = win->RowOf("a.exe"), m = win->RowOf("Makefile");
+  ASSERT_GE(b, 3);
+  ASSERT_GE(a, 3);
+  ASSERT_GE(m, 3);
+  EXPECT_EQ(win->Cell(b, 1), "2  KB");
+  EXPECT_EQ(win->Cell(a, 1), "0  KB");
+  EXPECT_EQ(win->Cell(m, 1), "1  KB");
+  EXPECT_EQ(win->Cell(b, 2), "txt");
+  EXPECT_EQ(win->Cell(m, 2), "");
+  EXPECT_EQ(win->Cell(b, 3), listing::FormatListTime(wxDateTime(time_t(1000000000))));
+  EXPECT_EQ(win->list->GetRows()->Image(b), 28);
+  EXPECT_EQ(win->list->GetRows()->Image(a), 12);
+  EXPECT_EQ(win->list->GetRows()->Image(m), 31);
+  EXPECT_EQ(win->list->GetRows()->Image(1), 0);
+  // Row 2 is selected and focused; the tree and the path field follow (the
+  // field shows the volume's path without its "/", which reads "C").
+  EXPECT_EQ(win->Selected(), std::vector<long>{2});
+  EXPECT_EQ(win->path->GetValue(), "C");
+  ASSERT_TRUE(win->T()->GetSelection().IsOk());
+  EXPECT_EQ(win->T()->GetItemText(win->T()->GetSelection()), "C:");
+}
+
+TEST_F(BrowserListTest, WalkDownAndUpWithDoubleClickEnterDotDotAndBackspace) {
+  OpenC();
+  // Down into docs by double-click.
+  win->Activate(win->RowOf("docs"));
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/docs/"; }));
+  EXPECT_EQ(win->path->GetValue(), "C:\\docs");
+  EXPECT_EQ(win->T()->GetItemText(win->T()->GetSelection()), "docs");
+  // Down into inner with Enter on the selected row.
+  const long inner = win->RowOf("inner");
+  ASSERT_GT(inner, 0);
+  win->L()->SetItemState(-1, 0, wxLIST_STATE_SELECTED);
+  win->L()->SetItemState(inner, wxLIST_STATE_SELECTED | wxLIST_STATE_FOCUSED,
+                         wxLIST_STATE_SELECTED | wxLIST_STATE_FOCUSED);
+  win->L()->SetFocus();
+  vt::Pump(50);
+  win->Key(WXK_RETURN);
+  ASSERT_TRUE(vt::PumpUntil(
+      [&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/docs/inner/"; }));
+  EXPECT_EQ(win->Column0(), (std::vector<wxString>{"..", "deep.c"}));
+  EXPECT_EQ(win->path->GetValue(), "C:\\docs\\inner");
+  // Up with Backspace: row 1 selected.
+  win->L()->SetFocus();
+  vt::Pump(30);
+  win->Key(WXK_BACK);
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/docs/"; }));
+  EXPECT_EQ(win->Selected(), std::vector<long>{1});
+  EXPECT_EQ(win->path->GetValue(), "C:\\docs");
+  // Up with the ".." row: the volume's top reads C:\ in the path field.
+  win->Activate(0);
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/"; }));
+  EXPECT_EQ(win->path->GetValue(), "C:\\");
+  // ".." at the volume's top: back to the drives, C: selected, 424 posted.
+  win->codes.clear();
+  win->Activate(0);
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath().empty(); }));
+  EXPECT_EQ(win->Column0(), (std::vector<wxString>{"C:", "D:", "E:"}));
+  EXPECT_EQ(win->Selected(), std::vector<long>{0});
+  EXPECT_TRUE(win->Posted(424));
+  EXPECT_FALSE(win->list->GetHasFolder());
+}
+
+TEST_F(BrowserListTest, GoingUpFromSecondVolumeSelectsItsRow) {
+  mkdir("/mnt/D/sub", 0755);
+  win->Activate(1);
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/D/"; }));
+  EXPECT_EQ(win->list->GetPartitionIndex(), 1);
+  win->L()->SetFocus();
+  win->Key(WXK_BACK);
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath().empty(); }));
+  EXPECT_EQ(win->Selected(), std::vector<long>{1});
+}
+
+TEST_F(BrowserListTest, ActivatingAFileDoesNothing) {
+  OpenC();
+  const std::vector<wxString> before = win->Column0();
+  win->Activate(win->RowOf("b.txt"));
+  EXPECT_EQ(win->list->GetCurrentListctrlPath(), "/mnt/C/");
+  EXPECT_EQ(win->Column0(), before);
+}
+
+TEST_F(BrowserListTest, SortByEachColumnBothWays) {
+  OpenC();
+  // Name: ascending with the up arrow, then descending with the down arrow.
+  win->ClickHeader(win->HeaderPoint(0));
+  EXPECT_EQ(win->list->GetCurrentColumnIndex(), 0);
+  EXPECT_EQ(win->Column0(),
+            (std::vector<wxString>{"..", "alpha", "docs", "Makefile", "a.exe", "b.txt"}));
+  wxListItem col;
+  col.SetMask(wxLIST_MASK_IMAGE);
+  win->L()->GetColumn(0, col);
+  EXPECT_EQ(col.GetImage(), 32);
+  win->ClickHeader(win->HeaderPoint(0));
+  EXPECT_EQ(win->Column0(),
+            (std::vector<wxString>{"..", "docs", "alpha", "b.txt", "a.exe", "Makefile"}));
+  win->L()->GetColumn(0, col);
+  EXPECT_EQ(col.GetImage(), 33);
+  // Size: Name's arrow goes, files by size ascending, folders keep their order.
+  const std::vector<wxString> foldersBefore = {win->Cell(1, 0), win->Cell(2, 0)};
+  win->ClickHeader(win->HeaderPoint(1));
+  EXPECT_EQ(win->list->GetCurrentColumnIndex(), 1);
+  win->L()->GetColumn(0, col);
+  EXPECT_EQ(col.GetImage(), -1);
+  win->L()->GetColumn(1, col);
+  EXPECT_EQ(col.GetImage(), 32);
+  EXPECT_EQ(win->Cell(1, 0), foldersBefore[0]);
+  EXPECT_EQ(win->Cell(2, 0), foldersBefore[1]);
+  EXPECT_EQ(win->Cell(3, 0), "a.exe");
+  EXPECT_EQ(win->Cell(4, 0), "Makefile");
+  EXPECT_EQ(win->Cell(5, 0), "b.txt");
+  win->ClickHeader(win->HeaderPoint(1));
+  EXPECT_EQ(win->Cell(3, 0), "b.txt");
+  EXPECT_EQ(win->Cell(5, 0), "a.exe");
+  // Type: nothing changes.
+  const std::vector<wxString> beforeType = win->Column0();
+  win->ClickHeader(win->HeaderPoint(2));
+  EXPECT_EQ(win->Column0(), beforeType);
+  EXPECT_EQ(win->list->GetCurrentColumnIndex(), 1);
+  // Modified: folders and files each by time.
+  win->ClickHeader(win->HeaderPoint(3));
+  EXPECT_EQ(win->Column0(),
+            (std::vector<wxString>{"..", "alpha", "docs", "b.txt", "Makefile", "a.exe"}));
+  win->ClickHeader(win->HeaderPoint(3));
+  EXPECT_EQ(win->Column0(),
+            (std::vector<wxString>{"..", "docs", "alpha", "a.exe", "Makefile", "b.txt"}));
+  // Navigation drops the sort and its arrow.
+  win->Activate(win->RowOf("docs"));
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/docs/"; }));
+  EXPECT_EQ(win->list->GetCurrentColumnIndex(), -1);
+  win->L()->GetColumn(3, col);
+  EXPECT_EQ(col.GetImage(), -1);
+}
+
+TEST_F(BrowserListTest, HeaderClicksInDriveModeChangeNothing) {
+  const std::vector<wxString> before = win->Column0();
+  win->ClickHeader(win->HeaderPoint(0));
+  win->ClickHeader(win->HeaderPoint(0));
+  EXPECT_EQ(win->Column0(), before);
+  EXPECT_EQ(win->list->GetCurrentColumnIndex(), -1);
+}
+
+TEST_F(BrowserListTest, CtrlASelectsAllButDotDot) {
+  // Drive mode: nothing happens.
+  win->L()->SetFocus();
+  vt::Pump(30);
+  win->Key('a', wxMOD_CONTROL);
+  EXPECT_EQ(win->Selected(), std::vector<long>{0});
+  EXPECT_FALSE(win->list->ListctrlSelectAll());
+  OpenC();
+  win->L()->SetFocus();
+  vt::Pump(30);
+  win->Key('a', wxMOD_CONTROL);
+  EXPECT_EQ(win->Selected(), (std::vector<long>{1, 2, 3, 4, 5}));
+  // Select-all of the frame's command leaves ".." out as well, unless it
+  // was selected already.
+  win->L()->SetItemState(-1, 0, wxLIST_STATE_SELECTED);
+  EXPECT_TRUE(win->list->ListctrlSelectAll());
+  EXPECT_EQ(win->Selected(), (std::vector<long>{1, 2, 3, 4, 5}));
+}
+
+TEST_F(BrowserListTest, DotDotRowCannotStaySelectedByClicking) {
+  OpenC();
+  win->Click(win->RowPoint(0));
+  EXPECT_TRUE(win->Selected().empty());
+  win->Click(win->RowPoint(3));
+  EXPECT_EQ(win->Selected(), std::vector<long>{3});
+}
+
+TEST_F(BrowserListTest, ClicksTellTheFrameTheMode) {
+  win->codes.clear();
+  win->Click(win->RowPoint(1));
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(424); }));
+  EXPECT_TRUE(win->list->GetIsLastFocus_listctrl());
+  EXPECT_FALSE(win->tree->GetIsLastFocus_treectrl());
+  OpenC();
+  win->codes.clear();
+  win->Click(win->RowPoint(3));
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(425); }));
+  EXPECT_FALSE(win->Posted(424));
+}
+
+TEST_F(BrowserListTest, ContextMenuOnFolderModeAndItsCommands) {
+  // Drive mode: no menu.
+  win->Click(win->RowPoint(0), wxMOUSE_BTN_RIGHT);
+  EXPECT_EQ(win->list->menus.popups, 0);
+  OpenC();
+  win->Click(win->RowPoint(3));
+  win->codes.clear();
+  win->Click(win->RowPoint(3), wxMOUSE_BTN_RIGHT);
+  ASSERT_EQ(win->list->menus.popups, 1);
+  EXPECT_EQ(win->list->menus.ids, (std::vector<int>{420, 422, wxID_SEPARATOR, 423}));
+  EXPECT_EQ(win->list->menus.labels[0], "&Copy...");
+  EXPECT_EQ(win->list->menus.labels[1], "&Select All...");
+  EXPECT_EQ(win->list->menus.labels[3], "&Properties");
+  EXPECT_TRUE(win->Posted(425));
+  // Each entry posts its own code.
+  for (int id : {420, 422, 423, 421}) {
+    win->codes.clear();
+    wxCommandEvent ev(wxEVT_MENU, id);
+    win->list->GetEventHandler()->ProcessEvent(ev);
+    EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(id); })) << id;
+  }
+  // Keyboard context menu: opens at the centre.
+  wxContextMenuEvent kbd(wxEVT_CONTEXT_MENU, win->list->GetId(), wxDefaultPosition);
+  win->list->GetEventHandler()->ProcessEvent(kbd);
+  EXPECT_EQ(win->list->menus.popups, 2);
+}
+
+TEST_F(BrowserListTest, RightPressWithOnlyDotDotSelectedIsSwallowed) {
+  OpenC();
+  win->L()->SetItemState(-1, 0, wxLIST_STATE_SELECTED);
+  vt::Pump(30);
+  win->codes.clear();
+  const int before = win->list->menus.popups;
+  win->Click(win->RowPoint(4), wxMOUSE_BTN_RIGHT);
+  EXPECT_FALSE(win->Posted(424));
+  EXPECT_FALSE(win->Posted(425));
+  EXPECT_EQ(win->list->menus.popups, before) << "the press must not reach the list";
+  EXPECT_TRUE(win->Selected().empty());
+}
+
+TEST_F(BrowserListTest, EmptyOrUnreadableFolderListsOnlyDotDot) {
+  mkdir("/mnt/C/empty", 0755);
+  OpenC();
+  win->Activate(win->RowOf("empty"));
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/empty/"; }));
+  EXPECT_EQ(win->Column0(), std::vector<wxString>{".."});
+  EXPECT_EQ(win->list->Read_FileDir_Array("/mnt/C/no-such/"), -1);
+  EXPECT_EQ(win->list->GetCurrentListctrlPath(), "/mnt/C/empty/");
+  EXPECT_EQ(win->list->GetDirArray().GetCount(), 0u);
+}
+
+TEST_F(BrowserListTest, OddNamesListAndOpen) {
+  const wxString odd[] = {wxString::FromUTF8("two words"), wxString::FromUTF8("it's \"q\""),
+                          wxString::FromUTF8("\xc3\x9c" "ber \xe6\x96\x87"),
+                          wxString::FromUTF8(".hidden dir")};
+  for (const wxString& n : odd) {
+    const std::string dir = "/mnt/C/" + n.utf8_string();
+    mkdir(dir.c_str(), 0755);
+    vt::WriteFile(dir + "/in " + n.utf8_string() + ".txt", "x");
+  }
+  vt::WriteFile("/mnt/C/.profile", "p");
+  OpenC();
+  EXPECT_GE(win->RowOf(".profile"), 1);
+  for (const wxString& n : odd) {
+    const long row = win->RowOf(n);
+    ASSERT_GT(row, 0) << n.utf8_string();
+    win->Activate(row);
+    const wxString want = "/mnt/C/" + n + "/";
+    ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == want; }))
+        << n.utf8_string();
+    EXPECT_EQ(win->Column0(), (std::vector<wxString>{"..", "in " + n + ".txt"}));
+    EXPECT_EQ(win->path->GetValue(), "C:\\" + n);
+    EXPECT_EQ(win->T()->GetItemText(win->T()->GetSelection()), n);
+    win->Activate(0);
+    ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/"; }));
+  }
+}
+
+TEST_F(BrowserListTest, IconViewAndBack) {
+  OpenC();
+  ASSERT_TRUE(win->list->ReCreate(wxLC_ICON));
+  EXPECT_TRUE(win->list->IsIconView());
+  EXPECT_EQ(win->L()->GetImageList(wxIMAGE_LIST_NORMAL), win->list->GetNormalImageList());
+  // No ".." row; folders first in listing order.
+  EXPECT_EQ(win->Rows(), 5);
+  EXPECT_EQ(win->Cell(0, 0), win->list->GetDirArray()[0].m_name);
+  win->list->ViewIconText();
+  // Each insert at row 0: folders above files, each group reversed.
+  EXPECT_EQ(win->Cell(0, 0), win->list->GetDirArray()[1].m_name);
+  EXPECT_EQ(win->Cell(1, 0), win->list->GetDirArray()[0].m_name);
+  EXPECT_EQ(win->Cell(2, 0), win->list->GetFileArray()[2].m_name);
+  ASSERT_TRUE(win->list->ReCreate(wxLC_REPORT));
+  EXPECT_FALSE(win->list->IsIconView());
+  EXPECT_EQ(win->Rows(), 6);
+  EXPECT_EQ(win->Cell(0, 0), "..");
+  EXPECT_EQ(win->L()->GetColumnCount(), 4);
+}
+
+TEST_F(BrowserListTest, CopyRefreshShowsAFolder) {
+  win->list->Copy_Refresh_Filelisttabel("/mnt/C/docs");
+  EXPECT_EQ(win->list->GetCurrentListctrlPath(), "/mnt/C/docs/");
+  EXPECT_EQ(win->path->GetValue(), "C:\\docs");
+  EXPECT_NE(win->RowOf("readme.txt"), -1);
+}
