@@ -1,6 +1,7 @@
 #include "disk/FileSystemDetect.h"
 
 #include <fcntl.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -242,4 +243,34 @@ void GetVolumeLabel(unsigned short bytesPerSector, FileSystemInformation* fs, in
     default:
       break;
   }
+}
+
+void PartitionNodeName(const HardDiskInformation* disk, const PartitionInformation* part,
+                       char* out, size_t size) {
+  if (out == NULL || size == 0) return;
+  out[0] = 0;
+  if (disk == NULL || part == NULL) return;
+  // The device path field is not trusted to hold its terminator.
+  char path[sizeof(disk->DevicePath) + 1];
+  size_t n = strnlen(disk->DevicePath, sizeof(disk->DevicePath));
+  memcpy(path, disk->DevicePath, n);
+  path[n] = 0;
+  if (snprintf(out, size, "%s%d", path, part->PartitionNumber) < 0) out[0] = 0;
+}
+
+int DetectAllPartitions(MyComputer* computer) {
+  if (computer == NULL || computer->Disks == NULL) return 0;
+  int recognised = 0;
+  for (int d = 0; d < computer->DiskCount; ++d) {
+    HardDiskInformation* disk = &computer->Disks[d];
+    if (disk->Partitions == NULL) continue;
+    for (int p = 0; p < disk->PartitionCount; ++p) {
+      PartitionInformation* part = &disk->Partitions[p];
+      char node[32];
+      PartitionNodeName(disk, part, node, sizeof(node));
+      if (DetectPartition(node, disk->BytesPerSector, part) != 0) continue;
+      if (part->FileSystem->FsType != FS_TYPE_UNKNOWN) ++recognised;
+    }
+  }
+  return recognised;
 }

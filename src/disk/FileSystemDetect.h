@@ -2,6 +2,8 @@
 // reading their labels, through the partition's own device node.
 #pragma once
 
+#include <stddef.h>
+
 #include "disk/DiskInformation.h"
 
 // Attaches a new FileSystemInformation to part (replacing an earlier one)
@@ -18,3 +20,13 @@ int DetectNtVolume(unsigned char* bootSector, unsigned short bytesPerSector,
 
 // Fills fs->VolumeLabel according to fs->FsType.
 void GetVolumeLabel(unsigned short bytesPerSector, FileSystemInformation* fs, int fd);
+
+// The partition node: the disk's node followed by the partition number
+// (/dev/hda5), written into out (cut to size).
+void PartitionNodeName(const HardDiskInformation* disk, const PartitionInformation* part,
+                       char* out, size_t size);
+
+// Recognises every partition of the inventory (attaches its
+// FileSystemInformation and label) without mounting anything. Returns the
+// number of partitions found to hold FAT or NTFS.
+int DetectAllPartitions(MyComputer* computer);

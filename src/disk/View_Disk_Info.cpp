@@ -8,6 +8,7 @@
 #include "disk/DeviceSeam.h"
 #include "disk/DiskDiscovery.h"
 #include "disk/FileSystemDetect.h"
+#include "disk/VolumeSizeText.h"
 
 View_Disk_Info g_AllDiskPartitionInf;
 
@@ -37,14 +38,6 @@ const char* FsName(uint8_t type) {
   }
 }
 
-// The partition node: the disk's node followed by the partition number.
-void PartitionNode(const HardDiskInformation* disk, const PartitionInformation* part, char* out,
-                   size_t size) {
-  char path[sizeof(disk->DevicePath) + 1];
-  CopyField(path, sizeof(path), disk->DevicePath);
-  snprintf(out, size, "%s%d", path, part->PartitionNumber);
-}
-
 void Unrecognise(PartitionInformation* part) {
   if (part->FileSystem != NULL) part->FileSystem->FsType = FS_TYPE_UNKNOWN;
   part->DriveLetter = 0;
@@ -53,35 +46,6 @@ void Unrecognise(PartitionInformation* part) {
 const char* Printable(const char* text) { return text != NULL ? text : ""; }
 
 }  // namespace
-
-void FormatVolumeSize(long long bytes, char* out, size_t size) {
-  if (out == NULL || size == 0) return;
-  double g = static_cast<double>(bytes) / 1024 / 1024 / 1024;
-  int written;
-  if (g > 1.0)
-    written = snprintf(out, size, "%.1f GB", g);
-  else
-    written = snprintf(out, size, "%lld MB", bytes / (1024LL * 1024LL));  // toward zero: -1 gives 0
-  // A text longer than the field is cut to fit (snprintf already did).
-  if (written < 0) out[0] = 0;
-}
-
-int DetectAllPartitions(MyComputer* computer) {
-  if (computer == NULL || computer->Disks == NULL) return 0;
-  int recognised = 0;
-  for (int d = 0; d < computer->DiskCount; ++d) {
-    HardDiskInformation* disk = &computer->Disks[d];
-    if (disk->Partitions == NULL) continue;
-    for (int p = 0; p < disk->PartitionCount; ++p) {
-      PartitionInformation* part = &disk->Partitions[p];
-      char node[32];
-      PartitionNode(disk, part, node, sizeof(node));
-      if (DetectPartition(node, disk->BytesPerSector, part) != 0) continue;
-      if (part->FileSystem->FsType != FS_TYPE_UNKNOWN) ++recognised;
-    }
-  }
-  return recognised;
-}
 
 View_Disk_Info::View_Disk_Info() {
   memset(m_Volume, 0, sizeof(m_Volume));
@@ -103,7 +67,7 @@ int View_Disk_Info::UI_InitDevice() {
     for (int p = 0; p < disk->PartitionCount; ++p) {
       PartitionInformation* part = &disk->Partitions[p];
       char node[32];
-      PartitionNode(disk, part, node, sizeof(node));
+      PartitionNodeName(disk, part, node, sizeof(node));
       printf("%s\n", node);
       if (DetectPartition(node, disk->BytesPerSector, part) != 0) continue;
       FileSystemInformation* fs = part->FileSystem;

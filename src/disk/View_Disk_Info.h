@@ -5,6 +5,8 @@
 #include <stddef.h>
 
 #include "disk/DiskInformation.h"
+#include "disk/FileSystemDetect.h"
+#include "disk/VolumeSizeText.h"
 
 #define MAX_VOLUME_COUNT 26
 
@@ -38,12 +40,3 @@ class View_Disk_Info {
 };
 
 extern View_Disk_Info g_AllDiskPartitionInf;
-
-// Recognises every partition of the inventory (attaches its
-// FileSystemInformation and label) without mounting anything. Returns the
-// number of partitions found to hold FAT or NTFS.
-int DetectAllPartitions(MyComputer* computer);
-
-// The size text of a volume: "%.1f GB" above 1 GiB, else whole MiB as
-// "%lld MB" (rounded toward zero, so -1 gives "0 MB").
-void FormatVolumeSize(long long bytes, char* out, size_t size);

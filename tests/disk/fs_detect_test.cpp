@@ -449,4 +449,21 @@ TEST(DetectDirect, NullArgumentsAndZeroClusterSize) {
   free(fs.VolumeLabel);
 }
 
+TEST(PartitionNodeName, DevicePathFieldWithoutTerminatorIsBounded) {
+  HardDiskInformation disk = {};
+  memset(disk.DevicePath, 'x', sizeof(disk.DevicePath));
+  PartitionInformation part = {};
+  part.PartitionNumber = 27;
+  char node[32];
+  PartitionNodeName(&disk, &part, node, sizeof(node));
+  EXPECT_STREQ(node, "xxxxxxxxxx27");
+  char small[6];
+  PartitionNodeName(&disk, &part, small, sizeof(small));
+  EXPECT_STREQ(small, "xxxxx");
+  strcpy(disk.DevicePath, "/dev/sdb");
+  part.PartitionNumber = 5;
+  PartitionNodeName(&disk, &part, node, sizeof(node));
+  EXPECT_STREQ(node, "/dev/sdb5");
+}
+
 }  // namespace
