@@ -124,9 +124,12 @@ FakeDevices::~FakeDevices() {
 
 FakeDevices* FakeDevices::Current() { return g_current; }
 
+// The mount that is visible on /mnt is the last one listed for it: the test
+// tmpfs counts only when nothing was mounted over it.
 bool FakeDevices::PrivateMntActive() {
   std::ifstream in("/proc/self/mountinfo");
   std::string line;
+  bool active = false;
   while (std::getline(in, line)) {
     std::istringstream ls(line);
     std::string id, parent, mm, root, point;
@@ -137,9 +140,9 @@ bool FakeDevices::PrivateMntActive() {
     std::istringstream rest(line.substr(dash + 3));
     std::string fstype, source;
     rest >> fstype >> source;
-    if (fstype == "tmpfs" && source == "vantori-test-mnt") return true;
+    active = fstype == "tmpfs" && source == "vantori-test-mnt";
   }
-  return false;
+  return active;
 }
 
 FakeDisk& FakeDevices::AddIdeDisk(const std::string& node, const std::string& image,
