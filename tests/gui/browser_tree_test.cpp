@@ -1,0 +1,333 @@
+// The source directory tree driven through real windows: volume roots from
+// the inventory, lazy expansion in directory order, collapse, path search,
+// the item menu, the codes posted and the list following the tree.
+#include "browser_env.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+using vt::BrowserWindow;
+using vt::TestVolumes;
+
+namespace {
+
+// Standard output of a piece of code, through a temporary file.
+class StdoutCapture {
+ public:
+  StdoutCapture() {
+    fflush(stdout);
+    saved_ = dup(1);
+    file_ = tmpfile();
+    dup2(fileno(file_), 1);
+  }
+  std::string Take() {
+    fflush(stdout);
+    dup2(saved_, 1);
+    close(saved_);
+    std::string out;
+    rewind(file_);
+    char buf[4096];
+    size_t n;
+    while ((n = fread(buf, 1, sizeof buf, file_)) > 0) out.append(buf, n);
+    fclose(file_);
+    return out;
+  }
+
+ private:
+  int saved_;
+  FILE* file_;
+};
+
+std::vector<wxString> DirectoryOrderOfFolders(const std::string& path) {
+  std::vector<wxString> v;
+  DIR* d = opendir(path.c_str());
+  while (struct dirent* e = readdir(d)) {
+    std::string n = e->d_name;
+    if (n == "." || n == "..") continue;
+    struct stat st;
+    if (stat((path + "/" + n).c_str(), &st) == 0 && S_ISDIR(st.st_mode))
+      v.push_back(wxString::FromUTF8(n.c_str()));
+  }
+  closedir(d);
+  return v;
+}
+
+class BrowserTreeTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(vt::InPrivateMnt()) << "run inside tests/run-in-mntns.sh";
+    volumes.reset(new TestVolumes);
+    ASSERT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 3);
+    for (const char* d : {"/mnt/C/zeta", "/mnt/C/alpha", "/mnt/C/.dotdir", "/mnt/C/mid",
+                          "/mnt/C/alpha/inside", "/mnt/C/a", "/mnt/C/ab"})
+      mkdir(d, 0755);
+    vt::WriteFile("/mnt/C/file.txt", "f");
+    vt::WriteFile("/mnt/C/alpha/one.bin", std::string(1000, '1'));
+    vt::WriteFile("/mnt/C/alpha/inside/two.bin", std::string(24, '2'));
+    win.reset(new BrowserWindow);
+  }
+  void TearDown() override {
+    win.reset();
+    volumes.reset();
+  }
+  wxTreeItemId Root() const { return win->T()->GetRootItem(); }
+  wxTreeItemId C() const { return win->TreeChild(Root(), "C:"); }
+
+  std::unique_ptr<TestVolumes> volumes;
+  std::unique_ptr<BrowserWindow> win;
+};
+
+}  // namespace
+
+TEST_F(BrowserTreeTest, VolumeRootsComeFromTheInventory) {
+  EXPECT_EQ(win->TreeChildren(Root()), (std::vector<wxString>{"C:", "D:", "E:"}));
+  EXPECT_EQ(win->T()->GetItemText(Root()), "Sections");
+  const char* paths[] = {"/mnt/C", "/mnt/D", "/mnt/E"};
+  const int images[] = {2, 2, 3};
+  int i = 0;
+  wxTreeItemIdValue cookie;
+  for (wxTreeItemId c = win->T()->GetFirstChild(Root(), cookie); c.IsOk();
+       c = win->T()->GetNextChild(Root(), cookie), ++i) {
+    my_TreeItemData* d = win->TreeData(c);
+    ASSERT_NE(d, nullptr);
+    EXPECT_EQ(d->m_path, paths[i]);
+    EXPECT_TRUE(d->m_isSection);
+    EXPECT_TRUE(d->m_isDir);
+    EXPECT_FALSE(d->m_isExpanded);
+    EXPECT_EQ(d->m_partitionIndex, i);
+    EXPECT_EQ(win->T()->GetItemImage(c), images[i]);
+    EXPECT_TRUE(win->T()->ItemHasChildren(c));
+  }
+  EXPECT_EQ(win->tree->GetImageList()->GetImageCount(), 4);
+  EXPECT_EQ(win->tree->GetPartition_index("/mnt/D/x/y"), 1);
+  EXPECT_EQ(win->tree->GetPartition_index("/mnt/Q"), -1);
+}
+
+TEST_F(BrowserTreeTest, PrintsTheVolumeCount) {
+  StdoutCapture cap;
+  win->tree->UpdateMyDirTreeCtrl();
+  const std::string out = cap.Take();
+  EXPECT_NE(out.find("asldkf = 3 \n"), std::string::npos) << out;
+  EXPECT_EQ(win->TreeChildren(Root()), (std::vector<wxString>{"C:", "D:", "E:"}));
+}
+
+TEST(BrowserTreeEmpty, NoVolumesGivesAnEmptyTreeAndStillPrints) {
+  ASSERT_TRUE(vt::InPrivateMnt());
+  TestVolumes none(false);
+  ASSERT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 0);
+  StdoutCapture cap;
+  std::unique_ptr<BrowserWindow> win(new BrowserWindow);
+  const std::string out = cap.Take();
+  EXPECT_NE(out.find("asldkf = 0 \n"), std::string::npos) << out;
+  EXPECT_TRUE(win->T()->GetRootItem().IsOk());
+  EXPECT_EQ(win->T()->GetChildrenCount(win->T()->GetRootItem(), false), 0u);
+  EXPECT_EQ(win->Rows(), 0);
+}
+
+TEST_F(BrowserTreeTest, ExpandingListsFoldersInDirectoryOrderAndFillsTheList) {
+  win->T()->SelectItem(C());
+  win->T()->Expand(C());
+  vt::Pump(100);
+  const std::vector<wxString> want = DirectoryOrderOfFolders("/mnt/C");
+  EXPECT_EQ(win->TreeChildren(C()), want);
+  EXPECT_NE(std::find(want.begin(), want.end(), ".dotdir"), want.end());
+  EXPECT_EQ(win->TreeChild(C(), "file.txt").IsOk(), false) << "files are not shown";
+  wxTreeItemId alpha = win->TreeChild(C(), "alpha");
+  ASSERT_TRUE(alpha.IsOk());
+  EXPECT_EQ(win->TreeData(alpha)->m_path, "/mnt/C/alpha");
+  EXPECT_EQ(win->T()->GetItemImage(alpha), 0);
+  EXPECT_EQ(win->T()->GetItemImage(alpha, wxTreeItemIcon_Expanded), 1);
+  EXPECT_TRUE(win->T()->ItemHasChildren(alpha));
+  EXPECT_FALSE(win->T()->ItemHasChildren(win->TreeChild(C(), "zeta")));
+  // The list shows the volume's folder, the path field its display form.
+  EXPECT_EQ(win->list->GetCurrentListctrlPath(), "/mnt/C/");
+  EXPECT_TRUE(win->list->GetLoadedFromTree());
+  EXPECT_NE(win->RowOf("file.txt"), -1);
+  EXPECT_EQ(win->path->GetValue(), "C");
+}
+
+TEST_F(BrowserTreeTest, CollapseAndExpandAgainRereadsTheFolder) {
+  win->T()->SelectItem(C());
+  win->T()->Expand(C());
+  vt::Pump(50);
+  ASSERT_FALSE(win->TreeChild(C(), "added").IsOk());
+  mkdir("/mnt/C/added", 0755);
+  win->T()->Collapse(C());
+  vt::Pump(50);
+  EXPECT_FALSE(win->TreeData(C())->m_isExpanded);
+  EXPECT_EQ(win->T()->GetChildrenCount(C(), false), 0u);
+  EXPECT_TRUE(win->T()->ItemHasChildren(C()));
+  win->T()->Expand(C());
+  vt::Pump(50);
+  EXPECT_TRUE(win->TreeChild(C(), "added").IsOk());
+  EXPECT_NE(win->RowOf("added"), -1);
+}
+
+TEST_F(BrowserTreeTest, ActivatingAFolderByDoubleClickShowsItInTheList) {
+  win->T()->Expand(C());
+  vt::Pump(50);
+  wxTreeItemId alpha = win->TreeChild(C(), "alpha");
+  ASSERT_TRUE(alpha.IsOk());
+  win->DoubleClick(win->TreeItemPoint(alpha));
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/alpha/"; }));
+  EXPECT_EQ(win->T()->GetSelection(), alpha);
+  EXPECT_TRUE(win->TreeData(alpha)->m_isExpanded);
+  EXPECT_EQ(win->Column0(), (std::vector<wxString>{"..", "inside", "one.bin"}));
+  EXPECT_EQ(win->path->GetValue(), "C:\\alpha");
+  // A folder without subfolders is listed by the activation itself.
+  wxTreeItemId zeta = win->TreeChild(C(), "zeta");
+  win->DoubleClick(win->TreeItemPoint(zeta));
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/zeta/"; }));
+  EXPECT_EQ(win->Column0(), std::vector<wxString>{".."});
+}
+
+TEST_F(BrowserTreeTest, TreeFollowsTheListAndTheListFollowsTheTree) {
+  win->Activate(0);
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/"; }));
+  win->Activate(win->RowOf("alpha"));
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/alpha/"; }));
+  wxTreeItemId alpha = win->TreeChild(C(), "alpha");
+  ASSERT_TRUE(alpha.IsOk());
+  EXPECT_EQ(win->T()->GetSelection(), alpha);
+  EXPECT_TRUE(win->T()->IsExpanded(alpha));
+  EXPECT_FALSE(win->tree->GetIsUpdata());
+  // The expansion the list caused did not reload the list from the tree,
+  // and the list cleared the flag the tree set for it.
+  EXPECT_FALSE(win->list->GetLoadedFromTree());
+  EXPECT_FALSE(win->list->GetIsUpdataTreeCtrl());
+  EXPECT_EQ(win->path->GetValue(), "C:\\alpha");
+  // Now the tree drives: expanding "inside" via its item lists it.
+  wxTreeItemId inside = win->TreeChild(alpha, "inside");
+  ASSERT_TRUE(inside.IsOk());
+  win->DoubleClick(win->TreeItemPoint(inside));
+  ASSERT_TRUE(vt::PumpUntil(
+      [&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/alpha/inside/"; }));
+  EXPECT_EQ(win->Column0(), (std::vector<wxString>{"..", "two.bin"}));
+}
+
+TEST_F(BrowserTreeTest, FindChildMatchesWholeComponents) {
+  win->T()->Expand(C());
+  vt::Pump(50);
+  bool done = false;
+  wxTreeItemId id = win->tree->FindChild(C(), "/mnt/C/ab", done);
+  ASSERT_TRUE(id.IsOk());
+  EXPECT_EQ(win->T()->GetItemText(id), "ab");
+  EXPECT_TRUE(done);
+  done = true;
+  id = win->tree->FindChild(Root(), "/mnt/C/ab", done);
+  EXPECT_EQ(win->T()->GetItemText(id), "C:");
+  EXPECT_FALSE(done);
+  done = true;
+  EXPECT_FALSE(win->tree->FindChild(C(), "/mnt/C/abc", done).IsOk());
+  EXPECT_TRUE(done) << "untouched without a match";
+  id = win->tree->FindChild(C(), "\\mnt\\C\\a", done);
+  EXPECT_EQ(win->T()->GetItemText(id), "a");
+}
+
+TEST_F(BrowserTreeTest, ExpandPathAndGetPath) {
+  win->tree->SetIsUpdata(true);
+  EXPECT_TRUE(win->tree->ExpandPath("/mnt/C/alpha/inside"));
+  win->tree->SetIsUpdata(false);
+  EXPECT_EQ(win->tree->GetPath(), "/mnt/C/alpha/inside");
+  const wxTreeItemId sel = win->T()->GetSelection();
+  EXPECT_FALSE(win->tree->ExpandPath("/mnt/Q/none"));
+  EXPECT_EQ(win->T()->GetSelection(), sel);
+}
+
+TEST_F(BrowserTreeTest, DisplayFormOfPaths) {
+  EXPECT_EQ(win->tree->CovertPath("/mnt/D/a/b"), "D:\\a\\b");
+  EXPECT_EQ(win->tree->CovertPath("/mnt"), "/mnt");
+  EXPECT_EQ(win->tree->CovertPath("/mnt/D"), "D");
+}
+
+TEST_F(BrowserTreeTest, ItemMenuOnFoldersOnly) {
+  win->T()->Expand(C());
+  vt::Pump(50);
+  win->Click(win->TreeItemPoint(C()), wxMOUSE_BTN_RIGHT);
+  EXPECT_EQ(win->tree->menus.popups, 0) << "no menu on a volume root";
+  wxTreeItemId alpha = win->TreeChild(C(), "alpha");
+  win->Click(win->TreeItemPoint(alpha), wxMOUSE_BTN_RIGHT);
+  ASSERT_EQ(win->tree->menus.popups, 1);
+  EXPECT_EQ(win->tree->menus.ids, (std::vector<int>{400, 402, wxID_SEPARATOR, 403}));
+  EXPECT_EQ(win->tree->menus.labels[0], "&Copy...");
+  EXPECT_EQ(win->tree->menus.labels[1], "&Select All...");
+  EXPECT_EQ(win->tree->menus.labels[3], "&Properties");
+  EXPECT_EQ(win->tree->menus.enabled, (std::vector<bool>{true, false, true, true}));
+  EXPECT_EQ(win->T()->GetSelection(), alpha);
+  for (int id : {400, 401, 402, 403}) {
+    win->codes.clear();
+    wxCommandEvent ev(wxEVT_MENU, id);
+    win->tree->GetEventHandler()->ProcessEvent(ev);
+    EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(id); })) << id;
+  }
+}
+
+TEST_F(BrowserTreeTest, SelectionPostsRootOrFolderOnlyAfterTheTreeHadFocus) {
+  win->T()->Expand(C());
+  vt::Pump(50);
+  wxTreeItemId alpha = win->TreeChild(C(), "alpha");
+  win->codes.clear();
+  win->T()->SelectItem(alpha);
+  vt::Pump(50);
+  EXPECT_FALSE(win->Posted(405)) << "the tree has not had the focus";
+  // A press on the tree: it becomes the last focused pane.
+  win->Click(win->TreeItemPoint(C()));
+  EXPECT_TRUE(win->tree->GetIsLastFocus_treectrl());
+  EXPECT_FALSE(win->list->GetIsLastFocus_listctrl());
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(404); }));
+  win->codes.clear();
+  win->T()->SelectItem(alpha);
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(405); }));
+  EXPECT_TRUE(win->tree->GetSelIsFolder());
+  win->codes.clear();
+  win->T()->SelectItem(C());
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(404); }));
+  EXPECT_FALSE(win->tree->GetSelIsFolder());
+  // SetFocus: the tree takes the focus flag from the list and posts again.
+  win->list->SetIsLastFocus_listctrl(true);
+  win->tree->SetIsLastFocus_treectrl(false);
+  win->codes.clear();
+  win->tree->SetFocus();
+  EXPECT_TRUE(win->tree->GetIsLastFocus_treectrl());
+  EXPECT_FALSE(win->list->GetIsLastFocus_listctrl());
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(404); }));
+}
+
+TEST_F(BrowserTreeTest, RebuildAfterRemountTakesTheNewVolumes) {
+  win->T()->Expand(C());
+  vt::Pump(50);
+  g_AllDiskPartitionInf.UI_FreeMemory();
+  EXPECT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 0);
+  win->tree->UpdateMyDirTreeCtrl();
+  EXPECT_EQ(win->T()->GetChildrenCount(Root(), false), 0u);
+  g_AllDiskPartitionInf.UI_InitDevice();
+  g_AllDiskPartitionInf.GetDiskParttionInfo();
+  win->tree->UpdateMyDirTreeCtrl();
+  EXPECT_EQ(win->TreeChildren(Root()), (std::vector<wxString>{"C:", "D:", "E:"}));
+  EXPECT_EQ(win->tree->GetSectionPaths().GetCount(), 3u);
+}
+
+TEST_F(BrowserTreeTest, TotalSizeOfAFolderTree) {
+  EXPECT_EQ(win->tree->Account_Dir_File_Size("/mnt/C/alpha"), 1024u);
+  EXPECT_EQ(win->tree->Account_Dir_File_Size("/mnt/C/alpha/one.bin"), 1000u);
+}
+
+TEST_F(BrowserTreeTest, ItemDataOperations) {
+  my_TreeItemData d("/mnt/C/alpha", "alpha", true, false, -1);
+  EXPECT_TRUE(d.HasSubDirs());
+  EXPECT_TRUE(d.HasFiles());
+  my_TreeItemData z("/mnt/C/zeta", "zeta", true, false, -1);
+  EXPECT_FALSE(z.HasSubDirs());
+  EXPECT_FALSE(z.HasFiles());
+  my_TreeItemData none("", "", true, false, -1);
+  EXPECT_FALSE(none.HasSubDirs());
+  my_TreeItemData gone("/mnt/C/not-there", "x", true, false, -1);
+  EXPECT_FALSE(gone.HasSubDirs());
+  EXPECT_FALSE(gone.m_isHidden);
+  d.SetNewDirName("/mnt/C/other/name");
+  EXPECT_EQ(d.m_path, "/mnt/C/other/name");
+  EXPECT_EQ(d.m_name, "name");
+}
