@@ -1,6 +1,7 @@
 // The scoped busy window: shown while the object lives, gone afterwards.
 #include <gtest/gtest.h>
 
+#include <wx/app.h>
 #include <wx/display.h>
 #include <wx/frame.h>
 #include <wx/panel.h>
@@ -142,4 +143,21 @@ TEST(BusyMsgBox, NestedBoxesCloseInTurn) {
     EXPECT_TRUE(outer->IsShown());
   }
   EXPECT_TRUE(vt::PumpUntil([&] { return !outer; }));
+}
+
+TEST(BusyMsgBox, BoxOpenedWhileAnotherYields) {
+  // A handler that runs inside the outer box's safe yield opens its own box.
+  bool innerShown = false;
+  wxWeakRef<CInfoFrame> innerRef;
+  wxTheApp->CallAfter([&] {
+    CBusyMsgBox inner(L"inner", nullptr, *wxWHITE);
+    innerRef = inner.GetFrame();
+    innerShown = inner.GetFrame()->IsShown();
+  });
+  {
+    CBusyMsgBox outer(L"outer", nullptr, *wxWHITE);
+    EXPECT_TRUE(innerShown);
+    EXPECT_TRUE(outer.GetFrame()->IsShown());
+  }
+  EXPECT_TRUE(vt::PumpUntil([&] { return !innerRef; }));
 }
