@@ -36,8 +36,9 @@ TEST(ShippedSettings, ControlRecordsNameExistingTextsAndImages) {
     for (size_t s = 0; s < info.resources.GetCount(); ++s) {
       EXPECT_GE(info.resources[s], 0) << "control " << c;
       EXPECT_LT(info.resources[s], images) << "control " << c;
-      if (info.resources[s] >= 0 && info.resources[s] < images)
+      if (info.resources[s] >= 0 && info.resources[s] < images) {
         EXPECT_TRUE(info.GetRes(static_cast<int>(s)).IsOk()) << "control " << c << " slot " << s;
+      }
     }
   }
   // The up and refresh buttons of the main frame take four pictures each.
