@@ -12,6 +12,8 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "browser/ArrayDir.h"
@@ -94,18 +96,37 @@ inline long long TimeKey(const wxDateTime& t) {
   return t.IsValid() ? t.GetValue().GetValue() : static_cast<long long>(INT64_MIN);
 }
 
-// Stable reordering of an owning object array by a strict "comes before"
-// test: the records are detached, their pointers sorted, and handed back.
-template <class Rec, class Array, class Before>
-void StableSortArray(Array& arr, Before before) {
+// Stable reordering of an owning object array by a key: the records are
+// detached, sorted as (key, record) pairs held side by side in memory (so the
+// comparisons touch no record), and handed back in the new order. Records
+// whose keys compare equal keep their order.
+template <class Rec, class Key, class Array, class KeyOf>
+void StableSortByKey(Array& arr, KeyOf keyOf, bool ascending) {
   const size_t n = arr.GetCount();
   if (n < 2) return;
-  std::vector<Rec*> items(n);
-  for (size_t i = n; i-- > 0;) items[i] = arr.Detach(i);
-  std::stable_sort(items.begin(), items.end(),
-                   [&](const Rec* a, const Rec* b) { return before(*a, *b); });
+  std::vector<std::pair<Key, Rec*>> items(n);
+  for (size_t i = n; i-- > 0;) {
+    Rec* r = arr.Detach(i);
+    items[i] = std::pair<Key, Rec*>(keyOf(*r), r);
+  }
+  if (ascending)
+    std::stable_sort(items.begin(), items.end(),
+                     [](const std::pair<Key, Rec*>& a, const std::pair<Key, Rec*>& b) {
+                       return a.first < b.first;
+                     });
+  else
+    std::stable_sort(items.begin(), items.end(),
+                     [](const std::pair<Key, Rec*>& a, const std::pair<Key, Rec*>& b) {
+                       return b.first < a.first;
+                     });
   arr.Alloc(n);
-  for (Rec* r : items) arr.Add(r);
+  for (auto& item : items) arr.Add(item.second);
+}
+
+// A name as the name sort compares it: the wide characters' code values, as
+// wxString::Cmp does (case-sensitive, no locale).
+inline std::wstring_view NameKey(const wxString& name) {
+  return std::wstring_view(name.wc_str(), name.length());
 }
 
 // Sorts the folders by column: 0 name, 3 time; 1 (size), 2 (type) and any
@@ -113,15 +134,11 @@ void StableSortArray(Array& arr, Before before) {
 template <class Rec, class Array>
 void SortFolders(Array& arr, int column, bool ascending) {
   if (column == COL_NAME) {
-    StableSortArray<Rec>(arr, [ascending](const Rec& a, const Rec& b) {
-      int c = a.m_name.Cmp(b.m_name);
-      return ascending ? c < 0 : c > 0;
-    });
+    StableSortByKey<Rec, std::wstring_view>(
+        arr, [](const Rec& r) { return NameKey(r.m_name); }, ascending);
   } else if (column == COL_MODIFIED) {
-    StableSortArray<Rec>(arr, [ascending](const Rec& a, const Rec& b) {
-      long long ka = TimeKey(a.m_time), kb = TimeKey(b.m_time);
-      return ascending ? ka < kb : ka > kb;
-    });
+    StableSortByKey<Rec, long long>(
+        arr, [](const Rec& r) { return TimeKey(r.m_time); }, ascending);
   }
 }
 
@@ -130,9 +147,7 @@ void SortFolders(Array& arr, int column, bool ascending) {
 template <class Rec, class Array>
 void SortFiles(Array& arr, int column, bool ascending) {
   if (column == COL_SIZE) {
-    StableSortArray<Rec>(arr, [ascending](const Rec& a, const Rec& b) {
-      return ascending ? a.m_size < b.m_size : a.m_size > b.m_size;
-    });
+    StableSortByKey<Rec, double>(arr, [](const Rec& r) { return r.m_size; }, ascending);
   } else {
     SortFolders<Rec>(arr, column, ascending);
   }
