@@ -33,7 +33,7 @@ isolated() { "$(dirname "$0")/../run-in-mntns.sh" --empty-dev "$@"; }
 # 1. The window, its controls, and Exit.
 isolated "$BIN/vantori" --print-layout >"$WORK/out.txt" 2>"$WORK/err.txt" &
 PID=$!
-for i in $(seq 1 150); do grep -q '^layout-end' "$WORK/out.txt" 2>/dev/null && break; sleep 0.1; done
+for i in $(seq 1 600); do grep -q '^layout-end' "$WORK/out.txt" 2>/dev/null && break; sleep 0.1; done
 if ! grep -q '^layout-end' "$WORK/out.txt"; then
   bad "the window did not come up"; cat "$WORK/err.txt"
 else
@@ -96,7 +96,7 @@ if id nobody >/dev/null 2>&1; then
   isolated setpriv --reuid=nobody --regid=nogroup --clear-groups \
     env HOME="$WORK" "$BIN/vantori" --print-layout >"$WORK/nr.out" 2>"$WORK/nr.err" &
   PID=$!
-  for i in $(seq 1 150); do grep -q '^layout-end' "$WORK/nr.out" 2>/dev/null && break; sleep 0.1; done
+  for i in $(seq 1 600); do grep -q '^layout-end' "$WORK/nr.out" 2>/dev/null && break; sleep 0.1; done
   grep -q 'without root rights' "$WORK/nr.err" && ok "non-root warning on standard error" \
     || bad "no non-root warning: $(cat "$WORK/nr.err")"
   grep -q '^layout-end' "$WORK/nr.out" && ok "non-root run opens its window" \
