@@ -1,11 +1,11 @@
 #!/bin/bash
 # Runs the disk layer's fuzz targets for longer than the test suite does.
 #
-#   tools/fuzz-long.sh SECONDS [partition_walk] [volume_detect]
+#   tools/fuzz-long.sh SECONDS [partition_walk] [volume_detect] [discovery]
 #
 # Builds the fuzz build (clang, libFuzzer, AddressSanitizer and
 # UndefinedBehaviorSanitizer) in build-fuzz/ (or $BUILD_DIR), then runs each
-# named target (default: both) for SECONDS. The corpus of each target is kept
+# named target (default: all three) for SECONDS. The corpus of each target is kept
 # in BUILD_DIR/fuzz/long-<target>/corpus and grows from run to run; inputs
 # that break a target land in BUILD_DIR/fuzz/long-<target>/artifacts/ and
 # the run fails. FUZZ_JOBS=N fuzzes with N processes per target (libFuzzer's
@@ -18,7 +18,7 @@ root=$PWD
 seconds=$1
 shift
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(partition_walk volume_detect)
+[ ${#targets[@]} -gt 0 ] || targets=(partition_walk volume_detect discovery)
 build=${BUILD_DIR:-$root/build-fuzz}
 
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \

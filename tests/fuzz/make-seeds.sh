@@ -1,7 +1,7 @@
 #!/bin/bash
 # Makes the seed inputs of one fuzz target from images that the usual tools
 # write (sfdisk, mkfs.fat, mkntfs), converted by make_fuzz_seed:
-#   make-seeds.sh partition_walk|volume_detect MAKE_FUZZ_SEED OUTDIR
+#   make-seeds.sh partition_walk|volume_detect|discovery MAKE_FUZZ_SEED OUTDIR
 set -euo pipefail
 kind=$1 tool=$2 out=$3
 for t in sfdisk mkfs.fat mkntfs; do
@@ -41,17 +41,21 @@ ntfs() {  # name size-MiB sector-size mkntfs options...
   q "$tool" -S "$ss" -m 65536 "$img" "$out/$name"
 }
 
+walk_seeds() {
+  table primaries 64 'label: dos\nsize=8MiB,type=6,bootable\nsize=8MiB,type=7\nsize=8MiB,type=b\nsize=8MiB,type=c\n'
+  table logical-chain 64 'label: dos\nsize=8MiB,type=6\ntype=5\nsize=4MiB,type=7\nsize=4MiB,type=b\nsize=4MiB,type=1\nsize=4MiB,type=e\n'
+  table extended-first 64 'label: dos\n@1 : size=40MiB,type=f\n@2 : size=8MiB,type=c\n@3 : size=8MiB,type=7\n@5 : size=2MiB,type=6\n@6 : size=2MiB,type=6\n@7 : size=2MiB,type=6\n@8 : size=2MiB,type=6\n@9 : size=2MiB,type=6\n'
+  table one-logical 16 'label: dos\ntype=5\nsize=4MiB,type=83\n'
+  table empty 8 'label: dos\n'
+  rm -f "$tmp/x.img"; truncate -s 64M "$tmp/x.img"
+  printf 'label: dos\nsize=8MiB,type=6\ntype=5\nsize=4MiB,type=7\nsize=4MiB,type=b\n' |
+    q sfdisk -q --no-reread --no-tell-kernel "$tmp/x.img"
+  q "$tool" -S 4096 "$tmp/x.img" "$out/sector-4096"
+}
+
 case $kind in
   partition_walk)
-    table primaries 64 'label: dos\nsize=8MiB,type=6,bootable\nsize=8MiB,type=7\nsize=8MiB,type=b\nsize=8MiB,type=c\n'
-    table logical-chain 64 'label: dos\nsize=8MiB,type=6\ntype=5\nsize=4MiB,type=7\nsize=4MiB,type=b\nsize=4MiB,type=1\nsize=4MiB,type=e\n'
-    table extended-first 64 'label: dos\n@1 : size=40MiB,type=f\n@2 : size=8MiB,type=c\n@3 : size=8MiB,type=7\n@5 : size=2MiB,type=6\n@6 : size=2MiB,type=6\n@7 : size=2MiB,type=6\n@8 : size=2MiB,type=6\n@9 : size=2MiB,type=6\n'
-    table one-logical 16 'label: dos\ntype=5\nsize=4MiB,type=83\n'
-    table empty 8 'label: dos\n'
-    rm -f "$tmp/x.img"; truncate -s 64M "$tmp/x.img"
-    printf 'label: dos\nsize=8MiB,type=6\ntype=5\nsize=4MiB,type=7\nsize=4MiB,type=b\n' |
-      q sfdisk -q --no-reread --no-tell-kernel "$tmp/x.img"
-    q "$tool" -S 4096 "$tmp/x.img" "$out/sector-4096"
+    walk_seeds
     ;;
   volume_detect)
     fat fat12-label 4 -F 12 -n SEEDFAT12
@@ -64,6 +68,20 @@ case $kind in
     ntfs ntfs-512cluster 16 512 -c 512 -L "NTFS 512 CLUSTERS"
     ntfs ntfs-1024cluster 16 512 -c 1024
     ntfs ntfs-4096sector 32 4096 -L SEEDNTFS4K
+    ;;
+  discovery)
+    # The answers of the device nodes (see fuzz_discovery.cpp) in front of
+    # the partition-walk images: all nodes open and answer with bytes 0x01,
+    # or with bytes 0xFD.
+    walk_seeds
+    for f in "$out"/*; do
+      for fill in 01 fd; do
+        { printf '\x00\x02'; head -c 512 /dev/zero | tr '\0' "\\$(printf '%03o' 0x$fill)"; cat "$f"; } \
+          >"$f-answers-$fill"
+      done
+      { printf '\x00\x00'; cat "$f"; } >"$f-no-answers"
+      rm "$f"
+    done
     ;;
   *) echo "make-seeds: unknown target $kind" >&2; exit 2 ;;
 esac
