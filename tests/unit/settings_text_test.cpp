@@ -153,6 +153,27 @@ TEST_F(TextResTest, Utf16WithByteOrderMark) {
   EXPECT_EQ(res.GetText(1), wxString(L"Schlie\u00DFen"));
 }
 
+TEST_F(TextResTest, Utf16BigEndianAndUtf32WithByteOrderMark) {
+  env.SetLanguage(1);
+  const std::u32string text = U"h0\th1\nOpen\t\u00D6ffnen\n";
+  std::string be16("\xFE\xFF", 2), le32("\xFF\xFE\0\0", 4);
+  for (char32_t c : text) {
+    be16 += static_cast<char>((c >> 8) & 0xFF);
+    be16 += static_cast<char>(c & 0xFF);
+    for (int shift = 0; shift < 32; shift += 8) le32 += static_cast<char>((c >> shift) & 0xFF);
+  }
+  vt::WriteSettingFile("text.txt", be16);
+  {
+    CTextRes res;
+    ASSERT_EQ(res.GetCount(), 1);
+    EXPECT_EQ(res.GetText(0), wxString(kOeffnen));
+  }
+  vt::WriteSettingFile("text.txt", le32);
+  CTextRes res;
+  ASSERT_EQ(res.GetCount(), 1);
+  EXPECT_EQ(res.GetText(0), wxString(kOeffnen));
+}
+
 TEST_F(TextResTest, CrLfLineEnds) {
   env.SetLanguage(1);
   vt::WriteSettingFile("text.txt", "h0\th1\r\nOpen\tOuvrir\r\nClose\tFermer\r\n");
