@@ -59,8 +59,8 @@ class UnexpectedModalHook : public wxModalDialogHook {
 
 int main(int argc, char** argv) {
   ::testing::InitGoogleTest(&argc, argv);
-  for (int i = 1; i < argc; ++i)
-    if (std::strcmp(argv[i], "--gtest_list_tests") == 0) return RUN_ALL_TESTS();
+  // Listing the tests needs no display.
+  if (::testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
 
   // The module takes its images relative to the working directory.
   if (chdir(vt::ExeDir().c_str()) != 0) return 2;

@@ -228,8 +228,7 @@ wxIMPLEMENT_APP_NO_MAIN(ExportTestApp);
 
 int main(int argc, char** argv) {
   ::testing::InitGoogleTest(&argc, argv);
-  for (int i = 1; i < argc; ++i)
-    if (std::string(argv[i]) == "--gtest_list_tests") return RUN_ALL_TESTS();
+  if (::testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
   char buf[4096];
   ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
   if (n <= 0) return 2;
