@@ -28,8 +28,10 @@ std::string ExeDir() {
 }
 
 bool InPrivateMnt() {
+  // Only the last mount on /mnt is what /mnt shows.
   std::ifstream in("/proc/self/mountinfo");
   std::string line;
+  bool privateTmpfs = false;
   while (std::getline(in, line)) {
     // fields: id parent major:minor root mountpoint options ... - fstype source opts
     std::istringstream ls(line);
@@ -41,9 +43,9 @@ bool InPrivateMnt() {
     std::istringstream rest(line.substr(dash + 3));
     std::string fstype, source;
     rest >> fstype >> source;
-    if (fstype == "tmpfs" && source == "vantori-test-mnt") return true;
+    privateTmpfs = fstype == "tmpfs" && source == "vantori-test-mnt";
   }
-  return false;
+  return privateTmpfs;
 }
 
 static void MakeDirs(const std::string& path) {
