@@ -6,11 +6,18 @@
 #include <wx/image.h>
 #include <wx/menu.h>
 #include <wx/utils.h>
+#include <wx/weakref.h>
 #include <wx/wfstream.h>
 
 #include <cstdio>
 
+#include "browser/L_listctrl.h"
+#include "browser/my_DirTreeCtrl.h"
+#include "browser/my_listctrl.h"
 #include "dialogs/CBusyMsgBox.h"
+#include "dialogs/PropertiesCounter.h"
+#include "dialogs/Properties_dialog.h"
+#include "disk/Conversion.h"
 #include "disk/View_Disk_Info.h"
 #include "help/HelpDia.h"
 #include "help/KelnoraAboutDialog.h"
@@ -136,14 +143,14 @@ my_frame::my_frame(wxWindow* parent, int id, const wxString& /*title*/, const wx
   m_splitter = new wxSplitterWindow(m_innerPanel, wxID_ANY, r.GetPosition(), r.GetSize(),
                                     wxSP_3D, wxT("splitter"));
 
-  // The directory tree and the file list take these two panes.
+  // The source tree (directories only, sunken border) beside the source list.
   r = CtrlRect(10);
-  wxPanel* treePane = new wxPanel(m_splitter, wxID_ANY, r.GetPosition(), r.GetSize(),
-                                  wxBORDER_SUNKEN);
+  tree = new my_DirTreeCtrl(m_splitter, 1002, wxT("D:\\"), r.GetPosition(), r.GetSize(), 0x90,
+                            wxEmptyString, 0, wxEmptyString);
   r = CtrlRect(11);
-  wxPanel* listPane = new wxPanel(m_splitter, wxID_ANY, r.GetPosition(), r.GetSize(),
-                                  wxBORDER_SUNKEN);
-  m_splitter->SplitVertically(treePane, listPane, 120);
+  list = new my_listctrl(m_splitter, 1001, r.GetPosition(), r.GetSize(), wxBORDER_SUNKEN,
+                         wxEmptyString);
+  m_splitter->SplitVertically(tree, list, 120);
   m_splitter->SetMinimumPaneSize(1);
 
   r = CtrlRect(12);
@@ -155,6 +162,11 @@ my_frame::my_frame(wxWindow* parent, int id, const wxString& /*title*/, const wx
   r = CtrlRect(14);
   m_exitButton = new wxButton(m_innerPanel, ID_MYFRAME_EXIT, wxGetTranslation("&Exit"),
                               r.GetPosition(), r.GetSize(), 0);
+
+  // The tree fills the list and the path box; the list keeps the tree in step.
+  tree->SetListCtrlPoint(list);
+  tree->SetTextCtrlPath(m_pathText);
+  list->SetPDirTree(tree);
 
   m_helpDia = new HelpDia(this, wxID_ANY, wxGetTranslation("Kelnora Help"), wxDefaultPosition,
                           wxDefaultSize, wxCAPTION | wxCLOSE_BOX | wxSYSTEM_MENU,
@@ -203,7 +215,7 @@ void my_frame::OnLeftUp(wxMouseEvent& /*event*/) {
   m_dragAllowed = false;
 }
 
-void my_frame::OnButtonUp(wxCommandEvent& /*event*/) {}
+void my_frame::OnButtonUp(wxCommandEvent& event) { list->OnUpList(event); }
 
 void my_frame::OnButtonCopy(wxCommandEvent& /*event*/) {}
 
@@ -213,6 +225,8 @@ void my_frame::OnRefresh(wxCommandEvent& /*event*/) {
   g_AllDiskPartitionInf.UI_FreeMemory();
   g_AllDiskPartitionInf.UI_InitDevice();
   g_AllDiskPartitionInf.GetDiskParttionInfo();
+  tree->UpdateMyDirTreeCtrl();
+  list->InitParttionList();
   m_copyButton->Disable();
   m_upButton->keln_Disable();
 }
@@ -230,7 +244,104 @@ void my_frame::OnMinimize(wxCommandEvent& /*event*/) {
   PopupMenu(&menu, MenuPopupPoint(m_menuAnchor));
 }
 
-void my_frame::OnProcessCustom(wxCommandEvent& /*event*/) {}
+void my_frame::OnProcessCustom(wxCommandEvent& event) {
+  switch (event.GetId()) {
+    case MYCMD_TREE_COPY:
+    case MYCMD_LIST_COPY:
+      OnButtonCopy(event);
+      break;
+    case MYCMD_TREE_PROPERTIES:
+    case MYCMD_LIST_PROPERTIES:
+      ShowProperties(event.GetId());
+      break;
+    case MYCMD_TREE_DISABLE_COPY:
+      m_copyButton->Disable();  // the Up button is left as it is
+      break;
+    case MYCMD_TREE_ENABLE_COPY:
+    case MYCMD_LIST_ENABLE_COPY:
+      m_copyButton->Enable();
+      m_upButton->keln_Enable();
+      break;
+    case MYCMD_LIST_SELECT_ALL:
+      list->ListctrlSelectAll();
+      break;
+    case MYCMD_LIST_DISABLE_COPY:
+      m_copyButton->Disable();
+      m_upButton->keln_Disable();
+      break;
+    case MYCMD_OPEN_TARGET: {
+      tree->SetPath(m_targetPath);
+      wxString path(m_targetPath);
+      list->Copy_Refresh_Filelisttabel(path);
+      break;
+    }
+    default:
+      break;
+  }
+}
+
+int my_frame::count_DirFileInfo(wxString path) {
+  return CountDirFileInfo(m_propertiesDialog, path);
+}
+
+// Properties of the tree's current folder (403) or of the rows selected in
+// the list (423): the dialog opens with the frame disabled and shows the
+// counters while the folders are walked; closing it stops the walk.
+void my_frame::ShowProperties(int code) {
+  m_propertiesDialog = new Properties_dialog(this, wxID_ANY, wxGetTranslation("Properties"),
+                                             wxPoint(320, 230), wxSize(350, 275),
+                                             wxCAPTION | wxCLOSE_BOX | wxSYSTEM_MENU);
+  Properties_dialog* dialog = m_propertiesDialog;
+  wxWeakRef<Properties_dialog> alive(dialog);
+  dialog->SetCounting(true);
+  dialog->Show();
+  dialog->Update();
+  Enable(false);
+  dialog->Enable(true);
+  wxYieldIfNeeded();
+  if (!alive) return;
+  dialog->ShowRunningCounts();
+
+  wxString path;
+  if (code == MYCMD_TREE_PROPERTIES) {
+    path = tree->GetPath();
+  } else {
+    path = list->GetCurrentListctrlPath();
+    if (!path.empty()) path.RemoveLast();
+  }
+  dialog->SetLocation(Conversion_Path(path, -1));
+
+  int result = 1;
+  if (code == MYCMD_TREE_PROPERTIES) {
+    result = count_DirFileInfo(path);
+  } else {
+    wxListCtrl* rows = list->GetListCtrl();
+    const wxString folder = list->GetCurrentListctrlPath();
+    const int count = rows->GetItemCount();
+    for (int i = 0; i < count; ++i) {
+      if (!(rows->GetItemState(i, wxLIST_STATE_SELECTED) & wxLIST_STATE_SELECTED)) continue;
+      result = count_DirFileInfo(folder + rows->GetItemText(i));
+      if (result == 10) break;
+    }
+  }
+  if (!alive) return;
+  dialog->SetCounting(false);
+  if (result == 10) {
+    m_propertiesDialog = nullptr;
+    dialog->Dismiss();
+    return;
+  }
+  if (result == 1 || code == MYCMD_TREE_PROPERTIES) {
+    dialog->m_status = 11;
+    wxYieldIfNeeded();
+    if (!alive) return;
+    dialog->ShowFinalCounts();
+  }
+  if (code == MYCMD_TREE_PROPERTIES && result != 1) {
+    m_propertiesDialog = nullptr;
+    dialog->Dismiss();
+  }
+}
 
 void my_frame::OnHelp(wxCommandEvent& event) { OnButtonHelp(event); }
 

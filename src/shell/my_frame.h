@@ -64,6 +64,14 @@ class my_frame : public wxPanel {
   void SetWindowShape();
   void imageLoad(wxBitmap& out, wxString path, int type);
 
+  // Counts folders, files and bytes below path into the open properties
+  // dialog; 10 when the count was stopped, 1 otherwise.
+  int count_DirFileInfo(wxString path);
+
+  // The folder that command code 1401 shows (the copy command fills it).
+  void SetTargetPath(const wxString& path) { m_targetPath = path; }
+  const wxString& GetTargetPath() const { return m_targetPath; }
+
   // The frame's controls, for the windows that work with it.
   my_listctrl* GetListCtrl() const { return list; }
   my_DirTreeCtrl* GetTreeCtrl() const { return tree; }
@@ -76,9 +84,12 @@ class my_frame : public wxPanel {
   wxSplitterWindow* GetSplitter() const { return m_splitter; }
   wxPanel* GetInnerPanel() const { return m_innerPanel; }
   HelpDia* GetHelpDia() const { return m_helpDia; }
+  Properties_dialog* GetPropertiesDialog() const { return m_propertiesDialog; }
   wxWindow* GetMenuAnchor() const { return m_menuAnchor; }
 
  private:
+  void ShowProperties(int code);
+
   my_listctrl* list;
   my_DirTreeCtrl* tree;
   wxStaticBox* m_sourceBox;

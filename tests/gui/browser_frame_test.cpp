@@ -1,0 +1,283 @@
+// The source browser inside the main frame: the tree and list wired into the
+// splitter, the custom command codes, the Up and Refresh buttons and the
+// properties dialog with its counting and Cancel.
+#include "browser_env.h"
+
+#include <wx/stattext.h>
+
+#include <sys/stat.h>
+
+#include "common/gui_testing.h"
+#include "dialogs/Properties_dialog.h"
+#include "shell/my_frame.h"
+#include "widgets/keln_BitmapButton.h"
+
+using vt::TestVolumes;
+
+namespace {
+
+class BrowserFrameTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(vt::InPrivateMnt()) << "run inside tests/run-in-mntns.sh";
+    vt::InstallShippedSettings();
+    volumes.reset(new TestVolumes);
+    ASSERT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 3);
+    mkdir("/mnt/C/docs", 0755);
+    mkdir("/mnt/C/docs/sub", 0755);
+    mkdir("/mnt/C/docs/sub/deeper", 0755);
+    vt::WriteFile("/mnt/C/docs/a.bin", std::string(1000, 'a'));
+    vt::WriteFile("/mnt/C/docs/sub/b.bin", std::string(572864, 'b'));
+    vt::WriteFile("/mnt/C/docs/sub/deeper/c.bin", std::string(1000000, 'c'));
+    vt::WriteFile("/mnt/C/top.txt", std::string(24, 't'));
+    top = new wxFrame(nullptr, wxID_ANY, "Vantori");
+    top->SetClientSize(660, 540);
+    frame = new my_frame(top, wxID_ANY, "Vantori", wxPoint(0, 0), top->GetClientSize(),
+                         wxBORDER_NONE | wxTAB_TRAVERSAL | wxWANTS_CHARS);
+    top->Show();
+    frame->Show();
+    ASSERT_TRUE(vt::PumpUntil([&] { return frame->IsShownOnScreen(); }));
+    vt::Pump(100);
+    list = frame->GetListCtrl();
+    tree = frame->GetTreeCtrl();
+  }
+  void TearDown() override {
+    for (wxWindow* w : wxTopLevelWindows)
+      if (dynamic_cast<Properties_dialog*>(w)) w->Destroy();
+    if (top) top->Destroy();
+    vt::Pump(50);
+    volumes.reset();
+  }
+
+  void Post(int code) {
+    wxCommandEvent ev(wxEVT_MY_CUSTOM_COMMAND, code);
+    frame->GetEventHandler()->ProcessEvent(ev);
+  }
+  bool UpEnabled() const {
+    return frame->GetUpButton()->GetState() != keln_BitmapButton::STATE_DISABLED;
+  }
+  Properties_dialog* OpenDialog() const {
+    for (wxWindow* w : wxTopLevelWindows)
+      if (auto* d = dynamic_cast<Properties_dialog*>(w))
+        if (!d->IsBeingDeleted()) return d;
+    return nullptr;
+  }
+  // Shows C:\ in the list (the way the tree's activation does).
+  void ShowC() {
+    tree->SetPath("/mnt/C");
+    list->Copy_Refresh_Filelisttabel("/mnt/C");
+    ASSERT_EQ(list->GetCurrentListctrlPath(), "/mnt/C/");
+  }
+  long Row(const wxString& name) const {
+    for (long i = 0; i < list->GetListCtrl()->GetItemCount(); ++i)
+      if (list->GetListCtrl()->GetItemText(i) == name) return i;
+    return -1;
+  }
+  void Select(const wxString& name) {
+    list->GetListCtrl()->SetItemState(Row(name), wxLIST_STATE_SELECTED, wxLIST_STATE_SELECTED);
+  }
+
+  std::unique_ptr<TestVolumes> volumes;
+  wxFrame* top = nullptr;
+  my_frame* frame = nullptr;
+  my_listctrl* list = nullptr;
+  my_DirTreeCtrl* tree = nullptr;
+};
+
+}  // namespace
+
+TEST_F(BrowserFrameTest, TreeAndListSitInTheSplitter) {
+  ASSERT_NE(list, nullptr);
+  ASSERT_NE(tree, nullptr);
+  EXPECT_EQ(list->GetId(), 1001);
+  EXPECT_EQ(list->GetListCtrl()->GetId(), 1001);
+  EXPECT_EQ(tree->GetId(), 1002);
+  EXPECT_EQ(tree->GetTreeCtrl()->GetId(), 1004);
+  EXPECT_EQ(frame->GetSplitter()->GetWindow1(), tree);
+  EXPECT_EQ(frame->GetSplitter()->GetWindow2(), list);
+  EXPECT_EQ(tree->GetListCtrlPoint(), list);
+  EXPECT_EQ(tree->GetTextCtrlPath(), frame->GetPathBox());
+  EXPECT_EQ(list->GetPDirTree(), tree);
+  EXPECT_EQ(frame->GetPathBox()->GetValue(), "c:\\");
+  EXPECT_EQ(list->GetListCtrl()->GetItemCount(), 3);
+  // The list posted 424 at creation: Copy and Up are disabled.
+  EXPECT_FALSE(frame->GetCopyButton()->IsEnabled());
+  EXPECT_FALSE(UpEnabled());
+}
+
+TEST_F(BrowserFrameTest, EnableAndDisableCodes) {
+  Post(405);
+  EXPECT_TRUE(frame->GetCopyButton()->IsEnabled());
+  EXPECT_TRUE(UpEnabled());
+  Post(424);
+  EXPECT_FALSE(frame->GetCopyButton()->IsEnabled());
+  EXPECT_FALSE(UpEnabled());
+  // 404 then 405: both enabled, though Up was disabled before 404.
+  Post(404);
+  EXPECT_FALSE(frame->GetCopyButton()->IsEnabled());
+  EXPECT_FALSE(UpEnabled());
+  Post(405);
+  EXPECT_TRUE(frame->GetCopyButton()->IsEnabled());
+  EXPECT_TRUE(UpEnabled());
+  // 404 leaves Up as it is.
+  Post(404);
+  EXPECT_FALSE(frame->GetCopyButton()->IsEnabled());
+  EXPECT_TRUE(UpEnabled());
+  Post(425);
+  EXPECT_TRUE(frame->GetCopyButton()->IsEnabled());
+  EXPECT_TRUE(UpEnabled());
+  Post(999);  // unknown codes are ignored
+  EXPECT_TRUE(frame->GetCopyButton()->IsEnabled());
+}
+
+TEST_F(BrowserFrameTest, CopyCodesGoToTheCopyCommandAlike) {
+  ShowC();
+  Select("docs");
+  const std::vector<wxString> before = {list->GetCurrentListctrlPath()};
+  Post(400);
+  Post(420);
+  vt::Pump(50);
+  EXPECT_EQ(list->GetCurrentListctrlPath(), before[0]);
+  EXPECT_TRUE(vt::UnexpectedDialogs().empty());
+}
+
+TEST_F(BrowserFrameTest, SelectAllCode) {
+  ShowC();
+  Post(422);
+  const long n = list->GetListCtrl()->GetItemCount();
+  EXPECT_EQ(list->GetListCtrl()->GetSelectedItemCount(), n - 1);
+  EXPECT_EQ(list->GetListCtrl()->GetItemState(0, wxLIST_STATE_SELECTED), 0);
+}
+
+TEST_F(BrowserFrameTest, UpButtonGoesUpOneLevel) {
+  tree->SetPath("/mnt/C/docs");
+  list->Copy_Refresh_Filelisttabel("/mnt/C/docs");
+  list->Refresh_column(0);
+  list->Read_FileDir_Array("/mnt/C/docs/");
+  list->List_FileTable();
+  Post(425);
+  ASSERT_TRUE(UpEnabled());
+  wxUIActionSimulator sim;
+  wxRect r = frame->GetUpButton()->GetScreenRect();
+  sim.MouseMove(r.GetPosition() + wxPoint(r.width / 2, r.height / 2));
+  vt::Pump(30);
+  sim.MouseClick();
+  ASSERT_TRUE(vt::PumpUntil([&] { return list->GetCurrentListctrlPath() == "/mnt/C/"; }));
+  EXPECT_EQ(frame->GetPathBox()->GetValue(), "C:\\");
+  EXPECT_EQ(frame->GetTreeCtrl()->GetPath(), "/mnt/C");
+  // Up again: the drives, C: selected, Copy and Up disabled by 424.
+  vt::Pump(850);  // not a double-click
+  sim.MouseClick();
+  ASSERT_TRUE(vt::PumpUntil([&] { return list->GetCurrentListctrlPath().empty(); }));
+  EXPECT_TRUE(vt::PumpUntil([&] { return !UpEnabled(); }));
+  EXPECT_FALSE(frame->GetCopyButton()->IsEnabled());
+}
+
+TEST_F(BrowserFrameTest, RefreshShowsTheDrivesAgainAndDisablesCopyAndUp) {
+  ShowC();
+  Post(425);
+  ASSERT_TRUE(frame->GetCopyButton()->IsEnabled());
+  wxCommandEvent ev(wxEVT_BUTTON, ID_MYFRAME_REFRESH);
+  frame->GetEventHandler()->ProcessEvent(ev);
+  EXPECT_TRUE(list->GetCurrentListctrlPath().empty());
+  ASSERT_EQ(list->GetListCtrl()->GetItemCount(), 3);
+  EXPECT_EQ(list->GetListCtrl()->GetItemText(0), "C:");
+  EXPECT_FALSE(frame->GetCopyButton()->IsEnabled());
+  EXPECT_FALSE(UpEnabled());
+  EXPECT_EQ(tree->GetSectionPaths().GetCount(), 3u);
+  wxTreeCtrl* t = tree->GetTreeCtrl();
+  EXPECT_EQ(t->GetChildrenCount(t->GetRootItem(), false), 3u);
+}
+
+TEST_F(BrowserFrameTest, OpenTargetCodeShowsTheFolder) {
+  frame->SetTargetPath("/mnt/C/docs");
+  Post(1401);
+  EXPECT_EQ(list->GetCurrentListctrlPath(), "/mnt/C/docs/");
+  EXPECT_EQ(tree->GetPath(), "/mnt/C/docs");
+  EXPECT_EQ(frame->GetPathBox()->GetValue(), "C:\\docs");
+  EXPECT_NE(Row("a.bin"), -1);
+}
+
+TEST_F(BrowserFrameTest, PropertiesOfTheListSelection) {
+  ShowC();
+  Select("docs");
+  Select("top.txt");
+  Post(423);
+  Properties_dialog* d = OpenDialog();
+  ASSERT_NE(d, nullptr);
+  EXPECT_EQ(d->GetTitle(), "Properties");
+  EXPECT_FALSE(frame->IsEnabled());
+  EXPECT_EQ(d->m_status, 11);
+  EXPECT_EQ(d->m_locationText->GetValue(), "C:\\");
+  EXPECT_EQ(d->m_fileCount, 4);
+  EXPECT_EQ(d->m_folderCount, 2);
+  EXPECT_EQ(d->m_totalBytes, 1000u + 572864u + 1000000u + 24u);
+  EXPECT_EQ(d->m_filesText->GetLabel(), "4");
+  EXPECT_EQ(d->m_folderText->GetLabel(), "2");
+  EXPECT_EQ(d->m_sizeText->GetLabel(), "1 MB (1,573,888)");
+  // Close: the dialog goes and the frame is usable again.
+  wxCommandEvent close(wxEVT_BUTTON, 204);
+  d->GetEventHandler()->ProcessEvent(close);
+  vt::Pump(50);
+  EXPECT_EQ(OpenDialog(), nullptr);
+  EXPECT_TRUE(frame->IsEnabled());
+}
+
+TEST_F(BrowserFrameTest, PropertiesOfTheTreeFolderAndTheCloseBox) {
+  tree->SetPath("/mnt/C/docs/sub");
+  ASSERT_EQ(tree->GetPath(), "/mnt/C/docs/sub");
+  Post(403);
+  Properties_dialog* d = OpenDialog();
+  ASSERT_NE(d, nullptr);
+  EXPECT_EQ(d->m_locationText->GetValue(), "C:\\docs\\sub");
+  EXPECT_EQ(d->m_folderText->GetLabel(), "1");
+  EXPECT_EQ(d->m_filesText->GetLabel(), "2");
+  EXPECT_EQ(d->m_sizeText->GetLabel(), "1 MB (1,572,864)");
+  d->Close();
+  vt::Pump(50);
+  EXPECT_EQ(OpenDialog(), nullptr);
+  EXPECT_TRUE(frame->IsEnabled());
+}
+
+TEST_F(BrowserFrameTest, PropertiesUnderOneMebibyte) {
+  tree->SetPath("/mnt/C/docs/sub/deeper");
+  Post(403);
+  Properties_dialog* d = OpenDialog();
+  ASSERT_NE(d, nullptr);
+  EXPECT_EQ(d->m_sizeText->GetLabel(), "0 MB (1,000,000)");
+  EXPECT_EQ(d->m_folderText->GetLabel(), "0");
+}
+
+TEST_F(BrowserFrameTest, CancelStopsALongCount) {
+  // 40 x 40 folders with a file each: far more than one yield's worth.
+  for (int i = 0; i < 40; ++i) {
+    char a[64];
+    snprintf(a, sizeof a, "/mnt/C/many/d%02d", i);
+    for (int j = 0; j < 40; ++j) {
+      char b[96];
+      snprintf(b, sizeof b, "%s/e%02d/f.txt", a, j);
+      vt::WriteFile(b, "x");
+    }
+  }
+  tree->SetPath("/mnt/C/many");
+  ASSERT_EQ(tree->GetPath(), "/mnt/C/many");
+  int seenFolders = -1;
+  bool sawCounting = false;
+  // The first yield of the count runs this: press Close while it counts.
+  frame->CallAfter([&] {
+    Properties_dialog* d = OpenDialog();
+    if (d == nullptr) return;
+    sawCounting = d->IsCounting();
+    seenFolders = d->m_folderCount;
+    wxCommandEvent close(wxEVT_BUTTON, 204);
+    d->GetEventHandler()->ProcessEvent(close);
+  });
+  Post(403);
+  vt::Pump(50);
+  EXPECT_TRUE(sawCounting);
+  EXPECT_GE(seenFolders, 0);
+  EXPECT_LT(seenFolders, 1640);
+  EXPECT_EQ(OpenDialog(), nullptr) << "a stopped count destroys the dialog";
+  EXPECT_TRUE(frame->IsEnabled());
+  EXPECT_EQ(frame->GetPropertiesDialog(), nullptr);
+}
