@@ -2,7 +2,9 @@
 // which runs DetectFatVolume / DetectNtVolume and GetVolumeLabel) over a
 // partition made of the fuzz input (encoding in FuzzDisk.h). The partition
 // is opened through its own node, so the input's sector 0 is the volume's
-// boot sector.
+// boot sector. Option bits of the input's first byte: bits 2-3 choose the
+// sector size the caller passes: 0 and 3 the device's, 1 one below 512
+// (refused), 2 twice the device's.
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -28,12 +30,23 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   g_disk.Load(data, size);
-  const unsigned short bps = static_cast<unsigned short>(g_disk.SectorSize());
+  unsigned short bps = static_cast<unsigned short>(g_disk.SectorSize());
   char node[] = "/dev/sdz5";
 
   PartitionInformation part;
   memset(&part, 0, sizeof(part));
   part.PartitionNumber = 5;
+  switch (g_disk.Options() & 3) {
+    case 1:
+      if (DetectPartition(node, 511, &part) != -1) Broken("sector size below 512 accepted", 511);
+      if (part.FileSystem != nullptr) Broken("record attached for a refused sector size", 511);
+      return 0;
+    case 2:
+      bps = static_cast<unsigned short>(bps * 2);
+      break;
+    default:
+      break;
+  }
   if (DetectPartition(node, bps, &part) != 0) Broken("DetectPartition failed", bps);
   const FileSystemInformation* fs = part.FileSystem;
   if (fs == nullptr) Broken("no file-system record attached", 0);
