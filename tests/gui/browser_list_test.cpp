@@ -5,7 +5,10 @@
 
 #include <wx/imaglist.h>
 
+#include "browser/FileTypeIcons.h"
 #include "browser/ListingLogic.h"
+
+#include <unistd.h>
 
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -411,4 +414,28 @@ TEST_F(BrowserListTest, CopyRefreshShowsAFolder) {
   EXPECT_EQ(win->list->GetCurrentListctrlPath(), "/mnt/C/docs/");
   EXPECT_EQ(win->path->GetValue(), "C:\\docs");
   EXPECT_NE(win->RowOf("readme.txt"), -1);
+}
+
+TEST(BrowserListImages, DestinationCountAndMissingFilesKeepTheirSlots) {
+  wxImageList dest(16, 16, true, 1);
+  listing::FillListImages(dest, listing::kDestListImages);
+  EXPECT_EQ(dest.GetImageCount(), 34);
+  // Without the image files every slot is still taken, so indices hold.
+  char cwd[4096];
+  ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
+  ASSERT_EQ(chdir("/tmp"), 0);
+  wxImageList missing(16, 16, true, 1);
+  listing::FillListImages(missing, listing::kSourceListImages);
+  ASSERT_EQ(chdir(cwd), 0);
+  EXPECT_EQ(missing.GetImageCount(), 36);
+  int w = 0, h = 0;
+  missing.GetSize(35, w, h);
+  EXPECT_EQ(w, 16);
+  // With the shipped files the folder image is a real picture.
+  wxBitmap folder;
+  listing::LoadImageFile(folder, "./res/vantori/bmp/Folder_16x16.png", wxBITMAP_TYPE_PNG);
+  EXPECT_TRUE(folder.IsOk());
+  wxBitmap none;
+  listing::LoadImageFile(none, "./res/vantori/bmp/no-such.png", wxBITMAP_TYPE_PNG);
+  EXPECT_FALSE(none.IsOk());
 }
