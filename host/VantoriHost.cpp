@@ -117,7 +117,18 @@ void VantoriHostFrame::PrintLayout() {
   std::fflush(stdout);
 }
 
+// A rescue program must never stop at a toolkit assertion dialog that
+// nobody can answer: report it on standard error and go on.
+void AssertToStderr(const wxString& file, int line, const wxString& func, const wxString& cond,
+                    const wxString& msg) {
+  std::fprintf(stderr, "vantori: toolkit check failed at %s:%d in %s(): %s %s\n",
+               static_cast<const char*>(file.utf8_str()), line,
+               static_cast<const char*>(func.utf8_str()), static_cast<const char*>(cond.utf8_str()),
+               static_cast<const char*>(msg.utf8_str()));
+}
+
 bool VantoriHostApp::OnInit() {
+  wxSetAssertHandler(AssertToStderr);
   SetUpLocale();
   SetAppName(wxT("vantori"));
 
