@@ -54,12 +54,19 @@ void Fat32RootLabel(unsigned short bps, FileSystemInformation* fs, int fd, char*
   unsigned char* fat = static_cast<unsigned char*>(malloc(static_cast<size_t>(bps) * kFatWindowSectors));
   if (sector != NULL && fat != NULL) {
     const uint64_t bound = static_cast<uint64_t>(fs->FatSize) * 16;
+    // A directory holds at most 65536 entries of 32 bytes: a root chain
+    // longer than that many bytes of clusters loops, however large the FAT
+    // claims to be.
+    const uint64_t clusterBytes = static_cast<uint64_t>(bps) * fs->SectorsPerCluster;
+    const uint64_t dirClusters =
+        clusterBytes == 0 ? 0 : (65536ull * 32 + clusterBytes - 1) / clusterBytes;
+    const uint64_t maxVisits = bound < dirClusters ? bound : dirClusters;
     uint64_t window = UINT64_MAX;
     uint64_t visited = 0;
     uint32_t cluster = fs->RootLocation;
     bool done = false;
     while (!done && cluster <= kLastDataCluster) {
-      if (cluster >= bound || cluster < 2 || visited++ >= bound) break;
+      if (cluster >= bound || cluster < 2 || visited++ >= maxVisits) break;
       uint64_t first = fs->FirstDataSector + static_cast<uint64_t>(fs->SectorsPerCluster) * (cluster - 2);
       for (uint32_t j = 0; j < fs->SectorsPerCluster; ++j) {
         if (DirectReadDisk(fd, static_cast<unsigned long>(first + j), 1, sector, bps) != 1 ||

@@ -248,6 +248,39 @@ TEST_F(Fat32, ChainLoopingOnItselfEnds) {
   EXPECT_EQ(Label(), "");
 }
 
+// A damaged boot sector may claim a FAT so large that its plausibility bound
+// alone would allow millions of reads: a directory chain ends after 2 MiB
+// of directory (65536 entries) all the same.
+TEST_F(Fat32, LoopUnderAHugeFatEndsAfterTwoMebibytesOfDirectory) {
+  FatParams p;
+  p.reserved = 32;
+  p.fatSize = 0;
+  p.fatSize32 = 70000;  // bound 1,120,000 clusters
+  p.sectorsPerCluster = 1;
+  p.rootEntries = 0;
+  p.totalSectors = 150000;
+  p.rootCluster = 2;
+  Sector(0, vt::FatBootSector(p));
+  vt::MakeSparseFile(image_, kBase + (80ull << 20));
+  fake_.SetPartitionRange("/dev/hda", 1, kBase, 80ull << 20);
+  std::vector<uint8_t> full;
+  for (int i = 0; i < 16; ++i) {
+    std::vector<uint8_t> e = DirEntry("FILE    BIN", 0x20);
+    full.insert(full.end(), e.begin(), e.end());
+  }
+  Sector(32 + 2 * 70000, full);  // cluster 2, full of file entries
+  Link(2, 2);
+  fake_.ClearCalls();
+  EXPECT_EQ(Detect().FsType, FS_TYPE_FAT32);
+  EXPECT_EQ(Label(), "");
+  size_t reads = 0;
+  for (const std::string& c : fake_.CallsOf("lseek"))
+    if (c.rfind("/dev/hda1 ", 0) == 0) ++reads;
+  // 4096 one-sector clusters of directory, the boot sector and one FAT window.
+  EXPECT_GE(reads, 4096u);
+  EXPECT_LE(reads, 4096u + 4);
+}
+
 TEST_F(Fat32, ChainToFreeOrReservedClusterEnds) {
   FillCluster(2);
   Link(2, 0);
