@@ -11,7 +11,7 @@ ROOT=$PWD
 JOBS=$(nproc)
 
 PACKAGES=(
-  build-essential cmake ninja-build pkg-config
+  build-essential cmake ninja-build pkg-config python3
   libwxgtk3.2-dev libgtest-dev clang libclang-rt-14-dev
   xvfb xauth x11-utils xdotool imagemagick fonts-dejavu-core
   ntfs-3g dosfstools fdisk util-linux
