@@ -1,20 +1,16 @@
 #!/bin/sh
-# Builds Vantori's help book from data/help/:
-#   data/res/vantori/doc/doc.zip   the book for the embedded HTML help
-#                                  (project .hhp, contents .hhc, index .hhk
-#                                  and the pages, all at the top of the zip)
-#   data/res/vantori/doc/html/     the pages as plain files, for the external
-#                                  help program that config.ini names
+# Builds Vantori's help book from data/help/ into
+# data/res/vantori/doc/doc.zip, the book for the embedded HTML help (project
+# .hhp, contents .hhc, index .hhk and the pages, all at the top of the zip).
+# The pages themselves are laid out as plain files in res/vantori/doc/html/
+# by the build, for the external help program that config.ini names.
 # The zip is reproducible: fixed time stamps, sorted names.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 src=$root/data/help
 out=$root/data/res/vantori/doc
 
-mkdir -p "$out/html"
-rm -f "$out"/html/*.html
-cp "$src"/*.html "$out/html/"
-
+mkdir -p "$out"
 python3 - "$src" "$out/doc.zip" <<'EOF'
 import os
 import sys
