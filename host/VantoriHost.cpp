@@ -9,7 +9,6 @@
 #include <clocale>
 #include <cstdio>
 #include <cstring>
-#include <dlfcn.h>
 #include <langinfo.h>
 #include <unistd.h>
 
@@ -19,20 +18,6 @@ namespace {
 
 const int kClientWidth = 660;
 const int kClientHeight = 540;
-
-template <typename T>
-bool Resolve(void* handle, const char* name, T& out, wxString& error) {
-  dlerror();
-  void* sym = dlsym(handle, name);
-  if (sym == nullptr) {
-    const char* why = dlerror();
-    error = wxString::Format("the module has no entry point \"%s\" (%s)", name,
-                             wxString::FromUTF8(why ? why : "not found"));
-    return false;
-  }
-  out = reinterpret_cast<T>(sym);
-  return true;
-}
 
 // File names on rescued disks are mostly UTF-8; make sure the C library and
 // wxWidgets convert them as such even when the rescue system has no locale
@@ -47,21 +32,6 @@ void SetUpLocale() {
 }
 
 }  // namespace
-
-bool LoadVantoriModule(const wxString& path, VantoriModule& module, wxString& error) {
-  // RTLD_LOCAL keeps the module's symbols to itself; never RTLD_DEEPBIND,
-  // which breaks the toolkit's event tables.
-  module.handle = dlopen(path.fn_str(), RTLD_NOW | RTLD_LOCAL);
-  if (module.handle == nullptr) {
-    error = wxString::Format("cannot load %s: %s", path, wxString::FromUTF8(dlerror()));
-    return false;
-  }
-  return Resolve(module.handle, "create", module.create, error) &&
-         Resolve(module.handle, "show", module.show, error) &&
-         Resolve(module.handle, "invoke", module.invoke, error) &&
-         Resolve(module.handle, "destroy", module.destroy, error) &&
-         Resolve(module.handle, "get_version", module.get_version, error);
-}
 
 VantoriHostFrame::VantoriHostFrame(const VantoriModule& module, bool printLayout)
     : wxFrame(nullptr, wxID_ANY, wxT("Vantori"), wxDefaultPosition, wxDefaultSize,

@@ -5,19 +5,7 @@
 #include <wx/app.h>
 #include <wx/frame.h>
 
-// The module's interface, resolved by name.
-struct VantoriModule {
-  void* handle = nullptr;
-  wxWindow* (*create)(wxWindow*, int, const wxPoint&, const wxSize&) = nullptr;
-  int (*show)(wxWindow*, bool) = nullptr;
-  int (*invoke)() = nullptr;
-  int (*destroy)(wxWindow*) = nullptr;
-  int (*get_version)() = nullptr;
-};
-
-// Loads the library and resolves the five entry points; on failure returns
-// false and puts a message for the user into error.
-bool LoadVantoriModule(const wxString& path, VantoriModule& module, wxString& error);
+#include "VantoriModule.h"
 
 class VantoriHostFrame : public wxFrame {
  public:

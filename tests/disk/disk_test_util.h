@@ -1,6 +1,8 @@
 // Small helpers of the disk layer tests.
 #pragma once
 
+#include "common/stdout_capture.h"
+
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/wait.h>
@@ -25,35 +27,7 @@ class TempDir {
   std::string path_;
 };
 
-// Captures what is written to standard output (file descriptor 1).
-class StdoutCapture {
- public:
-  StdoutCapture() {
-    fflush(stdout);
-    file_ = tmpfile();
-    saved_ = dup(1);
-    dup2(fileno(file_), 1);
-  }
-  ~StdoutCapture() { Stop(); }
-  std::string Stop() {
-    if (saved_ < 0) return text_;
-    fflush(stdout);
-    dup2(saved_, 1);
-    close(saved_);
-    saved_ = -1;
-    rewind(file_);
-    char buf[4096];
-    size_t n;
-    while ((n = fread(buf, 1, sizeof(buf), file_)) > 0) text_.append(buf, n);
-    fclose(file_);
-    return text_;
-  }
-
- private:
-  FILE* file_ = nullptr;
-  int saved_ = -1;
-  std::string text_;
-};
+using vt::StdoutCapture;
 
 // Runs a shell command; returns its exit status and puts its standard output
 // into out.

@@ -8,6 +8,9 @@
 #include <wx/evtloop.h>
 #include <wx/frame.h>
 
+#include "common/stdout_capture.h"
+#include "VantoriModule.h"
+
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -24,26 +27,12 @@ namespace {
 std::string g_binDir;  // where libvantori.so lies
 std::string g_exeDir;  // where the module looks for its settings (beside us)
 
-struct Api {
-  void* handle = nullptr;
-  wxWindow* (*create)(wxWindow*, int, const wxPoint&, const wxSize&) = nullptr;
-  int (*show)(wxWindow*, bool) = nullptr;
-  int (*invoke)() = nullptr;
-  int (*destroy)(wxWindow*) = nullptr;
-  int (*get_version)() = nullptr;
-};
-
-Api& TheApi() {
-  static Api api;
-  if (api.handle == nullptr) {
-    api.handle = dlopen((g_binDir + "/libvantori.so").c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (api.handle == nullptr) return api;
-    api.create = reinterpret_cast<decltype(api.create)>(dlsym(api.handle, "create"));
-    api.show = reinterpret_cast<decltype(api.show)>(dlsym(api.handle, "show"));
-    api.invoke = reinterpret_cast<decltype(api.invoke)>(dlsym(api.handle, "invoke"));
-    api.destroy = reinterpret_cast<decltype(api.destroy)>(dlsym(api.handle, "destroy"));
-    api.get_version = reinterpret_cast<decltype(api.get_version)>(dlsym(api.handle, "get_version"));
-  }
+// The module, loaded the way the host program loads it.
+VantoriModule& TheApi() {
+  static VantoriModule api;
+  static wxString error;
+  if (api.handle == nullptr && !LoadVantoriModule(g_binDir + "/libvantori.so", api, error))
+    fprintf(stderr, "%s\n", static_cast<const char*>(error.utf8_str()));
   return api;
 }
 
@@ -67,30 +56,10 @@ std::string RunCapture(const std::string& cmd) {
   return out;
 }
 
-// Captures what the module prints on standard output while f runs.
-template <typename F>
-std::string CaptureStdout(F f) {
-  fflush(stdout);
-  char path[] = "/tmp/vantori-stdout-XXXXXX";
-  int fd = mkstemp(path);
-  int saved = dup(1);
-  dup2(fd, 1);
-  f();
-  fflush(stdout);
-  dup2(saved, 1);
-  close(saved);
-  std::ifstream in(path);
-  std::stringstream ss;
-  ss << in.rdbuf();
-  close(fd);
-  unlink(path);
-  return ss.str();
-}
-
 class Exports : public ::testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_NE(TheApi().handle, nullptr) << dlerror();
+    ASSERT_NE(TheApi().get_version, nullptr) << "libvantori.so did not load";
     frame = new wxFrame(nullptr, wxID_ANY, "host");
     frame->SetClientSize(660, 540);
     frame->Show();
@@ -103,7 +72,7 @@ class Exports : public ::testing::Test {
 };
 
 TEST_F(Exports, AllFiveEntryPointsResolve) {
-  Api& api = TheApi();
+  VantoriModule& api = TheApi();
   EXPECT_NE(api.create, nullptr);
   EXPECT_NE(api.show, nullptr);
   EXPECT_NE(api.invoke, nullptr);
@@ -112,7 +81,7 @@ TEST_F(Exports, AllFiveEntryPointsResolve) {
 }
 
 TEST_F(Exports, NullFrameAndInvoke) {
-  Api& api = TheApi();
+  VantoriModule& api = TheApi();
   EXPECT_EQ(api.show(nullptr, true), 0);
   EXPECT_EQ(api.show(nullptr, false), 0);
   EXPECT_EQ(api.destroy(nullptr), 0);
@@ -120,7 +89,7 @@ TEST_F(Exports, NullFrameAndInvoke) {
 }
 
 TEST_F(Exports, VersionBeforeAndAfterCreateShowHideDestroy) {
-  Api& api = TheApi();
+  VantoriModule& api = TheApi();
   EXPECT_EQ(api.get_version(), 4538);
   wxWindow* w = api.create(frame, wxID_ANY, wxPoint(0, 0), frame->GetClientSize());
   ASSERT_NE(w, nullptr);
@@ -140,7 +109,7 @@ TEST_F(Exports, VersionBeforeAndAfterCreateShowHideDestroy) {
 }
 
 TEST_F(Exports, SecondCreateReadsTheLayoutAgain) {
-  Api& api = TheApi();
+  VantoriModule& api = TheApi();
   const std::string controls = g_exeDir + "setting/vantori/controls.txt";
   std::string original;
   {
@@ -152,7 +121,7 @@ TEST_F(Exports, SecondCreateReadsTheLayoutAgain) {
   ASSERT_FALSE(original.empty()) << controls;
 
   wxWindow* w = nullptr;
-  std::string out = CaptureStdout([&] { w = api.create(frame, wxID_ANY, wxPoint(0, 0), frame->GetClientSize()); });
+  std::string out = vt::CaptureStdout([&] { w = api.create(frame, wxID_ANY, wxPoint(0, 0), frame->GetClientSize()); });
   ASSERT_NE(w, nullptr);
   EXPECT_NE(out.find("epen " + controls + " success!\n"), std::string::npos) << out;
   wxWindow* exit1 = wxWindow::FindWindowById(3006, w);
@@ -185,7 +154,7 @@ TEST_F(Exports, SecondCreateReadsTheLayoutAgain) {
     std::ofstream o(controls, std::ios::trunc);
     o << changed;
   }
-  out = CaptureStdout([&] { w = api.create(frame, wxID_ANY, wxPoint(0, 0), frame->GetClientSize()); });
+  out = vt::CaptureStdout([&] { w = api.create(frame, wxID_ANY, wxPoint(0, 0), frame->GetClientSize()); });
   {
     std::ofstream o(controls, std::ios::trunc);
     o << original;

@@ -9,37 +9,12 @@
 
 #include <cstdio>
 
+#include "common/stdout_capture.h"
+
 using vt::BrowserWindow;
 using vt::TestVolumes;
 
 namespace {
-
-// Standard output of a piece of code, through a temporary file.
-class StdoutCapture {
- public:
-  StdoutCapture() {
-    fflush(stdout);
-    saved_ = dup(1);
-    file_ = tmpfile();
-    dup2(fileno(file_), 1);
-  }
-  std::string Take() {
-    fflush(stdout);
-    dup2(saved_, 1);
-    close(saved_);
-    std::string out;
-    rewind(file_);
-    char buf[4096];
-    size_t n;
-    while ((n = fread(buf, 1, sizeof buf, file_)) > 0) out.append(buf, n);
-    fclose(file_);
-    return out;
-  }
-
- private:
-  int saved_;
-  FILE* file_;
-};
 
 std::vector<wxString> DirectoryOrderOfFolders(const std::string& path) {
   std::vector<wxString> v;
@@ -107,9 +82,9 @@ TEST_F(BrowserTreeTest, VolumeRootsComeFromTheInventory) {
 }
 
 TEST_F(BrowserTreeTest, PrintsTheVolumeCount) {
-  StdoutCapture cap;
+  vt::StdoutCapture cap;
   win->tree->UpdateMyDirTreeCtrl();
-  const std::string out = cap.Take();
+  const std::string out = cap.Stop();
   EXPECT_NE(out.find("asldkf = 3 \n"), std::string::npos) << out;
   EXPECT_EQ(win->TreeChildren(Root()), (std::vector<wxString>{"C:", "D:", "E:"}));
 }
@@ -118,9 +93,9 @@ TEST(BrowserTreeEmpty, NoVolumesGivesAnEmptyTreeAndStillPrints) {
   ASSERT_TRUE(vt::InPrivateMnt());
   TestVolumes none(false);
   ASSERT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 0);
-  StdoutCapture cap;
+  vt::StdoutCapture cap;
   std::unique_ptr<BrowserWindow> win(new BrowserWindow);
-  const std::string out = cap.Take();
+  const std::string out = cap.Stop();
   EXPECT_NE(out.find("asldkf = 0 \n"), std::string::npos) << out;
   EXPECT_TRUE(win->T()->GetRootItem().IsOk());
   EXPECT_EQ(win->T()->GetChildrenCount(win->T()->GetRootItem(), false), 0u);

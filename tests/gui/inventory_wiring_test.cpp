@@ -9,30 +9,13 @@
 #include <unistd.h>
 
 #include "common/fake_devices.h"
+#include "common/stdout_capture.h"
 #include "common/test_support.h"
 #include "disk/View_Disk_Info.h"
 #include "shell/ModuleLifecycle.h"
 #include "shell/my_frame.h"
 
 namespace {
-
-// Captures standard output while f runs.
-template <typename F>
-std::string CaptureStdout(F f) {
-  fflush(stdout);
-  char path[] = "/tmp/vantori-stdout-XXXXXX";
-  int fd = mkstemp(path);
-  int saved = dup(1);
-  dup2(fd, 1);
-  f();
-  fflush(stdout);
-  dup2(saved, 1);
-  close(saved);
-  close(fd);
-  std::string out = vt::ReadFile(path);
-  std::remove(path);
-  return out;
-}
 
 bool Contains(const std::vector<std::string>& v, const std::string& s) {
   return std::find(v.begin(), v.end(), s) != v.end();
@@ -66,7 +49,7 @@ class InventoryWiring : public ::testing::Test {
 
 TEST_F(InventoryWiring, StartUpMountsRefreshRemountsTeardownUnmounts) {
   wxWindow* frame = nullptr;
-  std::string out = CaptureStdout(
+  std::string out = vt::CaptureStdout(
       [&] { frame = CreateMainFrame(top, wxID_ANY, wxPoint(0, 0), top->GetClientSize()); });
   ASSERT_NE(frame, nullptr);
   EXPECT_TRUE(frame->IsShown());
@@ -95,7 +78,7 @@ TEST_F(InventoryWiring, StartUpMountsRefreshRemountsTeardownUnmounts) {
   // Refresh: everything unmounted, the disks read again, mounted again.
   fake->ClearCalls();
   wxCommandEvent refresh(wxEVT_BUTTON, 3005);
-  out = CaptureStdout([&] { frame->GetEventHandler()->ProcessEvent(refresh); });
+  out = vt::CaptureStdout([&] { frame->GetEventHandler()->ProcessEvent(refresh); });
   std::vector<std::string> umounts = fake->CallsOf("umount");
   std::vector<std::string> mounts = fake->CallsOf("mount");
   EXPECT_TRUE(Contains(umounts, "/mnt/C")) << fake->Calls().size();

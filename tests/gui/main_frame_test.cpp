@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "common/gui_testing.h"
+#include "common/stdout_capture.h"
 #include "common/test_support.h"
 #include "dialogs/CInfoFrame.h"
 #include "help/KelnoraAboutDialog.h"
@@ -252,19 +253,8 @@ TEST_F(MainFrameTest, HelpRunsTheConfiguredCommand) {
                        "[help]\npath=/usr/bin/touch\ncate=" + marker.substr(0, marker.rfind('/') + 1) +
                            "\nhtml=" + marker.substr(marker.rfind('/') + 1) +
                            "\n[Interface]\nversion=4538\n");
-  fflush(stdout);
-  char path[] = "/tmp/vantori-stdout-XXXXXX";
-  int fd = mkstemp(path);
-  int saved = dup(1);
-  dup2(fd, 1);
   wxCommandEvent ev(wxEVT_BUTTON, 3002);
-  frame->GetEventHandler()->ProcessEvent(ev);
-  fflush(stdout);
-  dup2(saved, 1);
-  close(saved);
-  close(fd);
-  std::string out = vt::ReadFile(path);
-  std::remove(path);
+  std::string out = vt::CaptureStdout([&] { frame->GetEventHandler()->ProcessEvent(ev); });
   EXPECT_EQ(out, "help_cmd = /usr/bin/touch \"" + marker + "\"\n");
   EXPECT_TRUE(vt::PumpUntil([&] { return access(marker.c_str(), F_OK) == 0; }, 5000))
       << "the help program did not run";
