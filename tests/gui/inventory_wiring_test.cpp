@@ -98,6 +98,21 @@ TEST_F(InventoryWiring, StartUpMountsRefreshRemountsTeardownUnmounts) {
   EXPECT_TRUE(Contains(umounts, "/mnt/D"));
   EXPECT_TRUE(fake->Mounted().empty());
   EXPECT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 0);
+
+  // A second start-up after the first frame is gone takes the inventory and
+  // the layout file again.
+  fake->ClearCalls();
+  out = vt::CaptureStdout(
+      [&] { frame = CreateMainFrame(top, wxID_ANY, wxPoint(0, 0), top->GetClientSize()); });
+  ASSERT_NE(frame, nullptr);
+  EXPECT_EQ(out.substr(0, expectStart.size()), expectStart) << out;
+  mounts = fake->CallsOf("mount");
+  ASSERT_EQ(mounts.size(), 2u);
+  EXPECT_EQ(mounts[0], "/dev/hda1 /mnt/C vfat 0xc0ed0000");
+  EXPECT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 2);
+  frame->Destroy();
+  vt::Pump(50);
+  EXPECT_TRUE(fake->Mounted().empty());
 }
 
 }  // namespace
