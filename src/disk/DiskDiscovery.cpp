@@ -41,7 +41,9 @@ void ReleaseSlot(HardDiskInformation* disk) {
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // Geometry from the end head and end sector of the used entries of the
-// master boot record; every used entry must agree with entry 0.
+// master boot record; every used entry must agree with entry 0. Entry 0's
+// end head and end sector go into the record as they are read, so a walk
+// that fails afterwards leaves them there; only success adds 1 to the heads.
 int GeometryFromBootRecord(int fd, HardDiskInformation* disk) {
   unsigned short bps = disk->BytesPerSector;
   if (bps < 512) return -1;
@@ -49,24 +51,22 @@ int GeometryFromBootRecord(int fd, HardDiskInformation* disk) {
   if (sector == NULL) return -1;
   int result = -1;
   if (DirectReadDisk(fd, 0, 1, sector, bps) == 1 && sector[510] == 0x55 && sector[511] == 0xAA) {
-    unsigned int endHead = 0, endSector = 0;
     bool found = false;
     for (int i = 0; i < 4; ++i) {
       const unsigned char* entry = sector + 446 + 16 * i;
       if (static_cast<signed char>(entry[0]) > 0) continue;  // boot indicator 0x01..0x7F
       if (entry[4] == 0) continue;
       if (i == 0) {
-        endHead = entry[5];
-        endSector = entry[6] & 63;
+        disk->Heads = entry[5];
+        disk->SectorsPerTrack = static_cast<uint16_t>(entry[6] & 63);
         found = true;
-      } else if (entry[5] != endHead || (entry[6] & 63) != endSector) {
+      } else if (entry[5] != disk->Heads || (entry[6] & 63) != disk->SectorsPerTrack) {
         found = false;
         break;
       }
     }
-    if (found && endHead != 0 && endSector != 0) {
-      disk->Heads = static_cast<uint16_t>(endHead + 1);
-      disk->SectorsPerTrack = static_cast<uint16_t>(endSector);
+    if (found && disk->Heads != 0 && disk->SectorsPerTrack != 0) {
+      disk->Heads = static_cast<uint16_t>(disk->Heads + 1);
       result = 0;
     }
   }
@@ -74,13 +74,15 @@ int GeometryFromBootRecord(int fd, HardDiskInformation* disk) {
   return result;
 }
 
+// Heads and sectors per track as the driver reports them; zero heads or
+// sectors is a failure that leaves the reported values in the record.
 int GeometryFromDriver(int fd, HardDiskInformation* disk) {
   struct hd_geometry geo;
   memset(&geo, 0, sizeof(geo));
   if (g_DeviceSeam.Ioctl(fd, HDIO_GETGEO, &geo) == -1) return -1;
-  if (geo.heads == 0 || geo.sectors == 0) return -1;
   disk->Heads = geo.heads;
   disk->SectorsPerTrack = geo.sectors;
+  if (geo.heads == 0 || geo.sectors == 0) return -1;
   return 0;
 }
 

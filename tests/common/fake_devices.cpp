@@ -306,9 +306,10 @@ FakeDevices::Handle* FakeDevices::Find(int fd) {
 
 // ---------------------------------------------------------------- the calls
 
-int FakeDevices::Open(const char* path, int) {
+int FakeDevices::Open(const char* path, int flags) {
   std::string p = path != nullptr ? path : "";
   calls_.push_back("open " + p);
+  openFlags_.push_back({p, flags});
   auto f = failOpen_.find(p);
   if (f != failOpen_.end()) {
     errno = f->second;
@@ -358,6 +359,9 @@ int FakeDevices::Open(const char* path, int) {
 int FakeDevices::Close(int fd) {
   Handle* h = Find(fd);
   if (h == nullptr) {
+    // Like close(2) on a descriptor that is not open; the layer hands on
+    // the -1 of a failed open.
+    calls_.push_back("close #" + std::to_string(fd));
     errno = EBADF;
     return -1;
   }
@@ -434,8 +438,21 @@ int FakeDevices::Ioctl(int fd, unsigned long request, void* arg) {
     return -1;
   }
   std::string entry = "ioctl " + h->path + " " + Hex(request);
-  if (request == SG_IO && arg != nullptr)
-    entry += " len=" + std::to_string(static_cast<sg_io_hdr_t*>(arg)->dxfer_len);
+  if (request == SG_IO && arg != nullptr) {
+    const sg_io_hdr_t* io = static_cast<const sg_io_hdr_t*>(arg);
+    entry += " len=" + std::to_string(io->dxfer_len);
+    entry += " id=" + std::string(1, static_cast<char>(io->interface_id));
+    entry += " dir=" + std::to_string(io->dxfer_direction);
+    entry += " cdb=";
+    for (unsigned i = 0; i < io->cmd_len && io->cmdp != nullptr; ++i) {
+      char byte[4];
+      snprintf(byte, sizeof(byte), "%02x", io->cmdp[i]);
+      entry += byte;
+    }
+    entry += " sense=" + std::to_string(io->mx_sb_len) + (io->sbp != nullptr ? "" : "(null)");
+    entry += " timeout=" + std::to_string(io->timeout);
+  }
+  if (request == CDROM_DRIVE_STATUS) entry += " arg=" + Hex(reinterpret_cast<unsigned long>(arg));
   calls_.push_back(entry);
 
   if (h->sg != nullptr) {

@@ -118,16 +118,23 @@ class FakeDevices {
   void SetStatfs(const std::string& path, long blockSize, unsigned long long blocks,
                  unsigned long long freeBlocks, unsigned long long availBlocks = ~0ull);
 
-  // Every call, in order: "open PATH", "close PATH", "ioctl PATH 0xREQ" (SG_IO adds
-  // " len=N"), "lseek PATH OFFSET",
+  // Every call, in order: "open PATH", "close PATH" ("close #FD" for a
+  // descriptor that is not open), "ioctl PATH 0xREQ" (SG_IO adds
+  // " len=N id=C dir=N cdb=HEX sense=N timeout=N", CDROM_DRIVE_STATUS adds
+  // " arg=0xSLOT"), "lseek PATH OFFSET",
   // "mount SRC TARGET TYPE 0xFLAGS", "umount TARGET", "mkdir PATH 0MODE",
   // "statfs PATH", "system COMMAND".
   const std::vector<std::string>& Calls() const { return calls_; }
   // The calls that start with verb + " ", without the verb.
   std::vector<std::string> CallsOf(const std::string& verb) const;
-  void ClearCalls() { calls_.clear(); }
+  void ClearCalls() {
+    calls_.clear();
+    openFlags_.clear();
+  }
   // Mount point -> source node, of what is mounted now.
   const std::map<std::string, std::string>& Mounted() const { return mounted_; }
+  // The path and flags of every open, in order.
+  const std::vector<std::pair<std::string, int>>& OpenFlags() const { return openFlags_; }
   int OpenHandles() const { return static_cast<int>(handles_.size()); }
 
   static bool PrivateMntActive();
@@ -170,6 +177,7 @@ class FakeDevices {
   };
   std::map<std::string, Space> statfs_;
   std::vector<std::string> calls_;
+  std::vector<std::pair<std::string, int>> openFlags_;
   std::map<std::string, std::string> mounted_;
   DeviceSeam* saved_;
 };

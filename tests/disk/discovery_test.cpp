@@ -4,6 +4,9 @@
 #include <linux/cdrom.h>
 #include <linux/fs.h>
 #include <linux/hdreg.h>
+#include <fcntl.h>
+#include <limits.h>
+#include <scsi/sg.h>
 #include <string.h>
 
 #include <algorithm>
@@ -276,8 +279,12 @@ TEST_F(Geometry, DisagreeingEntriesFallBackToDriver) {
   b.endHead = 15;
   int fd = Open(DiskImage(dir_, "g.img", 50000, {a, b}));
   HardDiskInformation disk = {};
+  // The failed walk leaves entry 0's end head and end sector in the record
+  // (not yet plus one), and no cylinders.
   EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 2), -1);
-  EXPECT_EQ(disk.Heads, 0);
+  EXPECT_EQ(disk.Heads, 254);
+  EXPECT_EQ(disk.SectorsPerTrack, 63);
+  EXPECT_EQ(disk.Cylinders, 0u);
   EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 0), 0);
   EXPECT_EQ(disk.Heads, 16);
   EXPECT_EQ(disk.SectorsPerTrack, 32);
@@ -285,9 +292,19 @@ TEST_F(Geometry, DisagreeingEntriesFallBackToDriver) {
   fake_->Disk("/dev/hda")->failGeometry = true;
   HardDiskInformation other = {};
   EXPECT_EQ(GetDiskCHSParameter(fd, &other, 0), -1);
-  EXPECT_EQ(other.Heads, 0);
+  // Both attempts failed: what the table walk wrote stays.
+  EXPECT_EQ(other.Heads, 254);
+  EXPECT_EQ(other.SectorsPerTrack, 63);
+  EXPECT_EQ(other.Cylinders, 0u);
   EXPECT_EQ(other.BytesPerSector, 512);  // sector size and total were still taken
   EXPECT_EQ(other.TotalSectors, 50000u);
+  // A fresh record that nothing was written to keeps its zeros.
+  vt::WriteAt(dir_ / "g.img", 510, {0, 0});
+  HardDiskInformation fresh = {};
+  EXPECT_EQ(GetDiskCHSParameter(fd, &fresh, 0), -1);
+  EXPECT_EQ(fresh.Heads, 0);
+  EXPECT_EQ(fresh.SectorsPerTrack, 0);
+  EXPECT_EQ(fresh.Cylinders, 0u);
   g_DeviceSeam.Close(fd);
 }
 
@@ -318,7 +335,16 @@ TEST_F(Geometry, DriverWithZeroHeadsIsFailure) {
   int fd = Open(DiskImage(dir_, "g.img", 5000, {}), 0, 63);
   HardDiskInformation disk = {};
   EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 1), -1);
-  EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 0), -1);  // unsigned table, no driver answer
+  // The driver's answer stays in the record; no cylinders are computed.
+  EXPECT_EQ(disk.Heads, 0);
+  EXPECT_EQ(disk.SectorsPerTrack, 63);
+  EXPECT_EQ(disk.Cylinders, 0u);
+  EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 0), -1);  // empty table, no driver answer
+  fake_->Disk("/dev/hda")->geoHeads = 16;
+  fake_->Disk("/dev/hda")->geoSectors = 0;
+  EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 1), -1);
+  EXPECT_EQ(disk.Heads, 16);
+  EXPECT_EQ(disk.SectorsPerTrack, 0);
   g_DeviceSeam.Close(fd);
 }
 
@@ -491,6 +517,88 @@ TEST(DirectReadDisk, SeekOffsetIsComputedIn64Bits) {
   EXPECT_EQ(DirectReadDisk(fd, 0x01000000UL, 1, buf, 4096), 0);  // beyond the end
   EXPECT_EQ(fake.CallsOf("lseek").back(), "/dev/hda 68719476736");
   g_DeviceSeam.Close(fd);
+}
+
+// ---- system-call details ----------------------------------------------------
+
+TEST(DiskListFun, NodesOpenedReadWriteNonBlockingAndAlwaysClosed) {
+  dt::TempDir dir;
+  vt::FakeDevices fake;
+  std::string image = DiskImage(dir, "n.img", 4096, {Primary(2048, 1024)});
+  fake.AddIdeDisk("/dev/hdb", image, "IDE");
+  fake.AddOpticalDrive("/dev/hdc");
+  fake.AddScsiDisk("/dev/sdc", image, "ATA", "DISK", 2, 0, 0, 0, 4, "ata3");
+  MyComputer root = {0, nullptr};
+  ASSERT_EQ(DiskListFun(&root, 1), 2);
+  const std::vector<std::pair<std::string, int>>& opens = fake.OpenFlags();
+  ASSERT_EQ(opens.size(), 4u + 10u + 10u);
+  for (const auto& o : opens) EXPECT_EQ(o.second, O_RDWR | O_NONBLOCK) << o.first;
+  // Every node was handed to close, also the 20 whose open failed (as -1).
+  std::vector<std::string> closes = fake.CallsOf("close");
+  EXPECT_EQ(closes.size(), opens.size());
+  EXPECT_EQ(std::count(closes.begin(), closes.end(), "#-1"), 20);
+  for (const char* node : {"/dev/hdb", "/dev/hdc", "/dev/sg4", "/dev/sdc"})
+    EXPECT_EQ(std::count(closes.begin(), closes.end(), node), 1) << node;
+  // The drive-status question names the current slot, on every opened disk node.
+  char status[64];
+  snprintf(status, sizeof(status), "0x%x arg=0x%x", CDROM_DRIVE_STATUS, CDSL_CURRENT);
+  for (const char* node : {"/dev/hdb ", "/dev/hdc ", "/dev/sdc "}) {
+    std::vector<std::string> ioctls = fake.CallsOf("ioctl");
+    EXPECT_NE(std::find(ioctls.begin(), ioctls.end(), std::string(node) + status), ioctls.end())
+        << node;
+  }
+  EXPECT_EQ(fake.OpenHandles(), 0);
+  Release(&root);
+}
+
+TEST(DiskListFun, ScsiAddressFromIdlunWordAndLastMatchingRecordWins) {
+  dt::TempDir dir;
+  vt::FakeDevices fake;
+  std::string image = DiskImage(dir, "s.img", 4096, {Primary(2048, 1024)});
+  // Host 3 (bus number), channel 2, target 5, LUN 1: SCSI:03:02:05:01.
+  fake.AddScsiDisk("/dev/sda", image, "FIRST", "RECORD", 3, 2, 5, 1, 0, "ata1");
+  fake.AddSg(1, 3, 2, 1, 5, "SWAPPED", "ID AND LUN", "1-1:1.0");  // another address
+  fake.AddSg(2, 3, 2, 5, 1, "SECOND", "RECORD", "", /*removableMedium=*/true);
+  SgInformation list[MAX_SG_COUNT];
+  memset(list, 0, sizeof(list));
+  ASSERT_EQ(GetSgInfomation(list), 3);
+  EXPECT_STREQ(list[0].Handle, "SCSI:03:02:05:01");
+  EXPECT_STREQ(list[1].Handle, "SCSI:03:02:01:05");
+  MyComputer root = {0, nullptr};
+  ASSERT_EQ(DiskListFun(&root, 1), 1);
+  // Both sg0 and sg2 match; the later one gives model and flags.
+  EXPECT_STREQ(root.Disks[0].Model, "SECOND  RECORD          ");
+  EXPECT_EQ(root.Disks[0].Flags, DISK_FLAG_REMOVABLE | DISK_FLAG_DMA | DISK_FLAG_LBA);
+  Release(&root);
+  // With only the first record matching, its (non-removable) flags count.
+  fake.Sg(2)->channel = 0;
+  ASSERT_EQ(DiskListFun(&root, 1), 1);
+  EXPECT_STREQ(root.Disks[0].Model, "FIRST   RECORD          ");
+  EXPECT_EQ(root.Disks[0].Flags, DISK_FLAG_DMA | DISK_FLAG_LBA);
+  Release(&root);
+}
+
+TEST(GetSgInfomation, InquiryRequestsOfThirtySixBytesThenTheFullLength) {
+  vt::FakeDevices fake;
+  fake.AddSg(0, 0, 0, 0, 0, "ATA", "DISK", "ata1");
+  fake.AddSg(3, 1, 0, 0, 0, "LONG", "INQUIRY", "ata2").inquiry[4] = 91;
+  SgInformation list[MAX_SG_COUNT];
+  memset(list, 0, sizeof(list));
+  ASSERT_EQ(GetSgInfomation(list), 2);
+  char sgIo[16];
+  snprintf(sgIo, sizeof(sgIo), "0x%x ", SG_IO);
+  std::vector<std::string> requests;
+  for (const std::string& c : fake.CallsOf("ioctl"))
+    if (c.find(sgIo) != std::string::npos) requests.push_back(c);
+  char dir[8];
+  snprintf(dir, sizeof(dir), "%d", SG_DXFER_FROM_DEV);
+  EXPECT_EQ(std::string(dir), "-3");
+  std::vector<std::string> expected = {
+      "/dev/sg0 " + std::string(sgIo) + "len=36 id=S dir=-3 cdb=120000002400 sense=32 timeout=200",
+      "/dev/sg3 " + std::string(sgIo) + "len=36 id=S dir=-3 cdb=120000002400 sense=32 timeout=200",
+      "/dev/sg3 " + std::string(sgIo) + "len=96 id=S dir=-3 cdb=120000006000 sense=32 timeout=200"};
+  EXPECT_EQ(requests, expected);
+  for (const auto& o : fake.OpenFlags()) EXPECT_EQ(o.second, O_RDWR | O_NONBLOCK) << o.first;
 }
 
 }  // namespace

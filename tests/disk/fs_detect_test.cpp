@@ -1,7 +1,10 @@
 // File-system recognition and labels over hand-built boot sectors.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <string.h>
+
+#include <algorithm>
 
 #include "disk/FileSystemDetect.h"
 #include "disk_test_util.h"
@@ -174,6 +177,73 @@ TEST_F(Recognition, NtfsNameWithReservedSectorsIsTriedAsFat) {
   EXPECT_EQ(Detect().FsType, FS_TYPE_FAT16);
 }
 
+TEST_F(Recognition, PartitionNodeOpenedReadWriteNonBlocking) {
+  FatVolume(20000, 20, 4);
+  fake_.ClearCalls();
+  Detect();
+  ASSERT_EQ(fake_.OpenFlags().size(), 1u);
+  EXPECT_EQ(fake_.OpenFlags()[0].first, "/dev/hda1");
+  EXPECT_EQ(fake_.OpenFlags()[0].second, O_RDWR | O_NONBLOCK);
+  std::vector<std::string> closes = fake_.CallsOf("close");
+  ASSERT_EQ(closes.size(), 1u);
+  EXPECT_EQ(closes[0], "/dev/hda1");
+}
+
+TEST_F(Recognition, FieldsAreStoredOnlyOnceTheChecksBeforeThemPassed) {
+  // Sector size mismatch: sectors per cluster and reserved sectors not stored.
+  FatParams p;
+  p.bytesPerSector = 1024;
+  p.sectorsPerCluster = 4;
+  std::vector<uint8_t> boot = vt::FatBootSector(p);
+  boot.resize(512);
+  Sector(0, boot);
+  EXPECT_EQ(Detect().SectorsPerCluster, 0);
+  EXPECT_EQ(part_.FileSystem->ReservedSectors, 0);
+  // Implausible sectors per cluster: stored, but not the reserved sectors.
+  FatVolume(20000, 20, 6);
+  EXPECT_EQ(Detect().SectorsPerCluster, 6);
+  EXPECT_EQ(part_.FileSystem->ReservedSectors, 0);
+  EXPECT_EQ(part_.FileSystem->FsType, FS_TYPE_UNKNOWN);
+}
+
+TEST_F(Recognition, SixteenBitVolumeWithThirtyTwoBitTotal) {
+  // 100000 sectors do not fit the word at 19: the double word at 32 counts.
+  FatVolume(100000, 100, 4);
+  const FileSystemInformation& fs = Detect();
+  EXPECT_EQ(fs.FsType, FS_TYPE_FAT16);
+  EXPECT_EQ(fs.TotalSectors, 100000u);
+  EXPECT_EQ(fs.FatSize, 100u);
+  EXPECT_EQ(fs.RootLocation, 201u);
+}
+
+TEST_F(Recognition, LabelEntriesAreLookedForInTheFirst512BytesOfEachSector) {
+  // 1024-byte sectors: the scan of a root-directory sector covers its first
+  // 512 bytes only, so a label in the second half is not seen.
+  fake_.Disk("/dev/hda")->sectorSize = 1024;
+  FatParams p;
+  p.bytesPerSector = 1024;
+  p.sectorsPerCluster = 4;
+  p.fatSize = 20;
+  p.totalSectors = 20000;
+  vt::WriteAt(image_, kBase, vt::FatBootSector(p));
+  const uint64_t root = (1 + 2 * 20) * 1024ull;  // 16 root sectors of 1024 bytes
+  std::vector<uint8_t> files;
+  for (int i = 0; i < 16; ++i) {
+    std::vector<uint8_t> e = DirEntry("FILE    BIN", 0x20);
+    files.insert(files.end(), e.begin(), e.end());
+  }
+  vt::WriteAt(image_, kBase + root, files);
+  vt::WriteAt(image_, kBase + root + 512, DirEntry("HIDDEN", 0x08));
+  const FileSystemInformation& fs = Detect(1024);
+  EXPECT_EQ(fs.FsType, FS_TYPE_FAT16);
+  EXPECT_EQ(fs.RootDirSectors, 16);
+  EXPECT_EQ(Label(), "");
+  // The next sector's first entry is found.
+  vt::WriteAt(image_, kBase + root + 1024, DirEntry("SECOND", 0x08));
+  Detect(1024);
+  EXPECT_EQ(Label(), "SECOND     ");
+}
+
 TEST_F(Recognition, UnopenableOrUnreadableNodeGivesTypeZeroRecord) {
   fake_.FailOpen("/dev/hda1", ENXIO);
   const FileSystemInformation& fs = Detect();
@@ -301,6 +371,87 @@ TEST_F(Fat32, ClusterBeyondFatSizeTimesSixteenEndsTheWalk) {
   Sector(ClusterSector(64 * 16 - 1), DirEntry("IN REACH", 0x08));
   Detect();
   EXPECT_EQ(Label(), "IN REACH   ");
+}
+
+TEST_F(Fat32, NextClusterIsUsedUnmasked) {
+  // 0x10000009 names cluster 9 only when its top four bits are masked off;
+  // unmasked it lies above 0x0FFFFFEF and ends the walk.
+  FillCluster(2);
+  Sector(ClusterSector(9), DirEntry("MASKED", 0x08));
+  Link(2, 0x10000009);
+  Detect();
+  EXPECT_EQ(Label(), "");
+  Link(2, 9);
+  Detect();
+  EXPECT_EQ(Label(), "MASKED     ");
+}
+
+TEST_F(Fat32, EverySectorOfAClusterIsScanned) {
+  // 4 sectors per cluster: cluster c at 160 + 4 (c - 2); the label in the
+  // third sector of cluster 3.
+  FatParams p;
+  p.reserved = 32;
+  p.fatSize = 0;
+  p.fatSize32 = 64;
+  p.sectorsPerCluster = 4;
+  p.rootEntries = 0;
+  p.totalSectors = 16000;
+  p.rootCluster = 2;
+  Sector(0, vt::FatBootSector(p));
+  std::vector<uint8_t> full;
+  for (int i = 0; i < 16; ++i) {
+    std::vector<uint8_t> e = DirEntry("FILE    BIN", 0x20);
+    full.insert(full.end(), e.begin(), e.end());
+  }
+  for (int j = 0; j < 4; ++j) Sector(160 + j, full);
+  Sector(164, full);
+  Sector(165, full);
+  Sector(166, DirEntry("THIRD", 0x08));
+  Link(2, 3);
+  Link(3, 0x0FFFFFFF);
+  const FileSystemInformation& fs = Detect();
+  EXPECT_EQ(fs.FsType, FS_TYPE_FAT32);
+  EXPECT_EQ(fs.FirstDataSector, 160u);
+  EXPECT_EQ(Label(), "THIRD      ");
+}
+
+TEST_F(Fat32, ChainIntoTheSecondFatWindow) {
+  // FAT of 2048 sectors (bound 32768 clusters). Cluster 20000 is entry
+  // 20000 - 16384 of the window of 128 sectors read at reserved + 128.
+  vt::MakeSparseFile(image_, kBase + (32ull << 20));
+  fake_.SetPartitionRange("/dev/hda", 1, kBase, 32ull << 20);
+  FatParams p;
+  p.reserved = 32;
+  p.fatSize = 0;
+  p.fatSize32 = 2048;
+  p.sectorsPerCluster = 1;
+  p.rootEntries = 0;
+  p.totalSectors = 60000;
+  p.rootCluster = 2;
+  Sector(0, vt::FatBootSector(p));
+  const uint64_t data = 32 + 2 * 2048;
+  std::vector<uint8_t> full;
+  for (int i = 0; i < 16; ++i) {
+    std::vector<uint8_t> e = DirEntry("FILE    BIN", 0x20);
+    full.insert(full.end(), e.begin(), e.end());
+  }
+  Sector(data, full);                  // cluster 2
+  Sector(data + 19998, full);          // cluster 20000
+  Sector(data + 29998, DirEntry("FAR AWAY", 0x08));  // cluster 30000
+  Link(2, 20000);
+  Link(20000, 30000);
+  Link(30000, 0x0FFFFFFF);
+  fake_.ClearCalls();
+  const FileSystemInformation& fs = Detect();
+  EXPECT_EQ(fs.FirstDataSector, data);
+  EXPECT_EQ(Label(), "FAR AWAY   ");
+  std::vector<std::string> seeks = fake_.CallsOf("lseek");
+  auto sought = [&](uint64_t sector) {
+    return std::count(seeks.begin(), seeks.end(), "/dev/hda1 " + std::to_string(sector * 512));
+  };
+  EXPECT_EQ(sought(32), 1);        // window 0, read once for cluster 2
+  EXPECT_EQ(sought(32 + 128), 1);  // window 1, read once for 20000 and 30000
+  EXPECT_EQ(sought(data + 29998), 1);
 }
 
 TEST_F(Fat32, RootClusterBelowTwoIsUnknown) {
@@ -431,6 +582,53 @@ TEST_F(Ntfs, NoVolumeNameWithinSixAttributesGivesNoLabel) {
   const FileSystemInformation& fs = Detect();
   EXPECT_EQ(fs.FsType, FS_TYPE_NTFS);
   EXPECT_EQ(fs.VolumeLabel, nullptr);
+}
+
+TEST_F(Ntfs, SixthAttributeIsStillVisited) {
+  Boot(8, 0xF6);
+  std::vector<std::vector<uint8_t>> attrs;
+  for (int i = 0; i < 5; ++i) attrs.push_back(Attribute(0x10, 0x20));
+  attrs.push_back(VolumeName(u"SIXTH"));
+  VolumeRecord(attrs);
+  Detect();
+  EXPECT_EQ(Label(), "SIXTH");
+}
+
+TEST_F(Ntfs, TypeLengthAndValueFieldsAreReadAsSingleBytes) {
+  Boot(8, 0xF6);
+  // The first attribute is 0x160 bytes long: only its low byte 0x60 steps
+  // on, to the volume name at 0x38 + 0x60. Its value length 0x104 counts as
+  // 4 bytes (2 characters) and its value offset 0x118 as 0x18.
+  std::vector<uint8_t> first = Attribute(0x10, 0x60);
+  first[5] = 0x01;
+  std::vector<uint8_t> name = VolumeName(u"ABCD");
+  name[16] = 0x04;
+  name[17] = 0x01;
+  name[21] = 0x01;
+  VolumeRecord({first, name});
+  Detect();
+  EXPECT_EQ(Label(), "AB");
+  // An attribute whose type is 0x160 has the type byte 0x60.
+  std::vector<uint8_t> odd = VolumeName(u"ODD");
+  odd[1] = 0x01;
+  VolumeRecord({odd});
+  Detect();
+  EXPECT_EQ(Label(), "ODD");
+}
+
+TEST_F(Ntfs, VolumeRecordIsReadAtMftClusterTimesClusterSizePlusSix) {
+  Boot(4, 0xF6, 16000, 10);  // 4 sectors per cluster, MFT at cluster 10: sector 46
+  std::vector<uint8_t> rec(1024, 0);
+  rec[20] = 0x38;
+  std::vector<uint8_t> name = VolumeName(u"AT46");
+  std::copy(name.begin(), name.end(), rec.begin() + 0x38);
+  vt::WriteAt(image_, kBase + 46 * 512, rec);
+  fake_.ClearCalls();
+  Detect();
+  EXPECT_EQ(Label(), "AT46");
+  std::vector<std::string> seeks = fake_.CallsOf("lseek");
+  ASSERT_EQ(seeks.size(), 2u);
+  EXPECT_EQ(seeks[1], "/dev/hda1 " + std::to_string(46 * 512));
 }
 
 TEST_F(Ntfs, OffsetsPastTheRecordStopTheWalk) {

@@ -365,6 +365,36 @@ TEST_F(VolumeTable, LettersRunToZAtMountingAndStopThere) {
   t->UI_FreeMemory();
 }
 
+TEST_F(VolumeTable, PartitionThatCannotBeExaminedKeepsItsDiscoveryLetter) {
+  // A disk whose sector size is below 512 bytes: recognition refuses its
+  // partitions without attaching a record, and mounting passes them by with
+  // the letters discovery gave them, without using up a letter.
+  fake_.AddIdeDisk("/dev/hda",
+                   vt::MakeVolumesImage(dir_.path(), "a.img", {{'F', "ODD"}, {'F', "SIZE"}}), "A");
+  fake_.AddIdeDisk("/dev/hdb", vt::MakeVolumesImage(dir_.path(), "b.img", {{'F', "NEXT"}}), "B");
+  View_Disk_Info* t = Table();
+  ASSERT_EQ(t->m_Computer.DiskCount, 2);
+  t->m_Computer.Disks[0].BytesPerSector = 256;
+  dt::StdoutCapture out;
+  t->UI_InitDevice();
+  std::string text = out.Stop();
+  const PartitionInformation* p = t->m_Computer.Disks[0].Partitions;
+  EXPECT_EQ(p[0].DriveLetter, 'C');
+  EXPECT_EQ(p[1].DriveLetter, 'D');
+  EXPECT_EQ(p[0].FileSystem, nullptr);
+  EXPECT_EQ(p[1].FileSystem, nullptr);
+  // The next disk's volume is mounted as C (discovery had given it E).
+  EXPECT_EQ(Letters(t), "C");
+  EXPECT_EQ(t->m_Computer.Disks[1].Partitions[0].DriveLetter, 'C');
+  EXPECT_STREQ(t->m_Volume[0].VolumeLabel, "NEXT       ");
+  // The node names were still printed.
+  EXPECT_EQ(text.rfind("/dev/hda1\n/dev/hda2\n/dev/hdb1\n", 0), 0u) << text;
+  std::vector<std::string> opens;
+  for (const auto& o : fake_.OpenFlags()) opens.push_back(o.first);
+  EXPECT_EQ(std::count(opens.begin(), opens.end(), "/dev/hda1"), 0);
+  t->UI_FreeMemory();
+}
+
 TEST_F(VolumeTable, RemovableIdeDisk) {
   fake_.AddIdeDisk("/dev/hdc", vt::MakeFatVolumesImage(dir_.path(), {"CF"}), "CF CARD", true);
   View_Disk_Info* t = Table();
