@@ -217,12 +217,18 @@ TEST_F(ToolImages, EachFatSizeOnItsOwnDisk) {
     uint8_t type;
   } cases[] = {{"12", "8192", "small", FS_TYPE_FAT12},
                {"16", "32768", "MEDIUM", FS_TYPE_FAT16},
-               {"32", "81920", "LARGE", FS_TYPE_FAT32}};
+               {"32", "81920", "LARGE", FS_TYPE_FAT32},
+               // 100 MiB: the total no longer fits the boot sector's word at
+               // 19 and is read from the double word at 32.
+               {"16", "204800", "BIG16", FS_TYPE_FAT16}};
+  const int kCases = static_cast<int>(sizeof(cases) / sizeof(cases[0]));
   vt::FakeDevices fake;
   char node = 'a';
   for (const Case& c : cases) {
-    std::string img = dir_ / (std::string("fat") + c.fat + ".img");
-    std::string cmd = "set -e; truncate -s 48M '" + img + "'; printf 'label: dos\\nstart=2048, size=" +
+    std::string img = dir_ / (std::string("fat") + c.fat + "-" + c.sectors + ".img");
+    std::string bytes = std::to_string((2048ull + atoi(c.sectors) + 2048) * 512);
+    std::string cmd = "set -e; truncate -s " + bytes + " '" + img +
+                      "'; printf 'label: dos\\nstart=2048, size=" +
                       c.sectors + ", type=c\\n' | sfdisk -q '" + img + "' >/dev/null 2>&1;" +
                       "mkfs.fat -F " + c.fat + " -n '" + c.label + "' --offset 2048 '" + img +
                       "' " + std::to_string(atoi(c.sectors) / 2) + " >/dev/null 2>&1";
@@ -232,24 +238,76 @@ TEST_F(ToolImages, EachFatSizeOnItsOwnDisk) {
     ++node;
   }
   View_Disk_Info table;
-  ASSERT_EQ(table.m_DiskCount, 3);
-  EXPECT_EQ(DetectAllPartitions(&table.m_Computer), 3);
-  for (int d = 0; d < 3; ++d) {
+  ASSERT_EQ(table.m_DiskCount, kCases);
+  EXPECT_EQ(DetectAllPartitions(&table.m_Computer), kCases);
+  for (int d = 0; d < kCases; ++d) {
     SCOPED_TRACE(cases[d].fat);
     const HardDiskInformation& disk = table.m_Computer.Disks[d];
     ASSERT_EQ(disk.PartitionCount, 1);
     const FileSystemInformation* fs = disk.Partitions[0].FileSystem;
     ASSERT_NE(fs, nullptr);
     EXPECT_EQ(fs->FsType, cases[d].type);
-    std::map<std::string, std::string> keys =
-        Blkid(dir_ / (std::string("fat") + cases[d].fat + ".img"), 2048 * 512);
+    std::map<std::string, std::string> keys = Blkid(
+        dir_ / (std::string("fat") + cases[d].fat + "-" + cases[d].sectors + ".img"), 2048 * 512);
     EXPECT_EQ(TypeName(fs->FsType), BlkidTypeName(keys));
     ASSERT_NE(fs->VolumeLabel, nullptr);
     EXPECT_EQ(TrimRight(fs->VolumeLabel), keys["LABEL"]);
     EXPECT_EQ(disk.Partitions[0].StartSector, 2048u);
     EXPECT_EQ(disk.Partitions[0].SectorCount, static_cast<uint32_t>(atoi(cases[d].sectors)));
+    // mkfs.fat was given the partition's size in KiB: the volume fills it.
+    EXPECT_EQ(fs->TotalSectors, static_cast<uint32_t>(atoi(cases[d].sectors)));
   }
   FreeHdInfoList(&table.m_Computer, FreeFsInfo);
+}
+
+// The volume name keeps the low byte of each UTF-16 unit, where blkid
+// decodes the whole character: the two agree on ASCII and on the code points
+// below 0x100, and differ beyond them (Omega, U+03A9, keeps 0xA9).
+TEST_F(ToolImages, NtfsLabelKeepsTheLowByteOfEachCharacter) {
+  std::string img = dir_ / "ntfs-label.img";
+  std::string part = dir_ / "ntfs-part.img";
+  const std::string label = "Donn\xC3\xA9" "es \xCE\xA9";  // "Données Ω" in UTF-8
+  std::string cmd =
+      "set -e; truncate -s 16M '" + img + "';"
+      "printf 'label: dos\\nstart=2048, size=16384, type=7\\n' | sfdisk -q '" + img +
+      "' >/dev/null 2>&1; truncate -s 8M '" + part + "';"
+      "LC_ALL=C.UTF-8 mkntfs -F -Q -p 2048 -H 255 -S 63 -L '" + label + "' '" + part +
+      "' >/dev/null 2>&1;"
+      "dd if='" + part + "' of='" + img + "' bs=512 seek=2048 conv=notrunc,sparse status=none";
+  ASSERT_EQ(dt::Run(cmd), 0) << cmd;
+  std::string blkidLabel;
+  dt::Run("blkid -p -s LABEL -o value --offset " + std::to_string(2048 * 512) + " '" + img +
+              "' 2>/dev/null",
+          &blkidLabel);
+  while (!blkidLabel.empty() && blkidLabel.back() == '\n') blkidLabel.pop_back();
+  ASSERT_EQ(blkidLabel, label);
+  // blkid's UTF-8, decoded, each code point cut to its low byte.
+  std::string lowBytes;
+  for (size_t i = 0; i < blkidLabel.size();) {
+    unsigned char c = static_cast<unsigned char>(blkidLabel[i]);
+    unsigned int cp = c;
+    size_t len = 1;
+    if (c >= 0xF0) { cp = c & 0x07; len = 4; }
+    else if (c >= 0xE0) { cp = c & 0x0F; len = 3; }
+    else if (c >= 0xC0) { cp = c & 0x1F; len = 2; }
+    for (size_t k = 1; k < len && i + k < blkidLabel.size(); ++k)
+      cp = (cp << 6) | (static_cast<unsigned char>(blkidLabel[i + k]) & 0x3F);
+    lowBytes += static_cast<char>(cp & 0xFF);
+    i += len;
+  }
+  vt::FakeDevices fake;
+  fake.AddIdeDisk("/dev/hda", img, "TOOLS");
+  MyComputer root = {0, nullptr};
+  ASSERT_EQ(DiskListFun(&root, 1), 1);
+  ASSERT_EQ(root.Disks[0].PartitionCount, 1);
+  char node[] = "/dev/hda1";
+  ASSERT_EQ(DetectPartition(node, 512, &root.Disks[0].Partitions[0]), 0);
+  const FileSystemInformation* fs = root.Disks[0].Partitions[0].FileSystem;
+  ASSERT_EQ(fs->FsType, FS_TYPE_NTFS);
+  ASSERT_NE(fs->VolumeLabel, nullptr);
+  EXPECT_EQ(std::string(fs->VolumeLabel), lowBytes);
+  EXPECT_EQ(std::string(fs->VolumeLabel), "Donn\xE9" "es \xA9");
+  FreeHdInfoList(&root, FreeFsInfo);
 }
 
 TEST_F(ToolImages, MountingTheToolMadeDisk) {
