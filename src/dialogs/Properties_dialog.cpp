@@ -38,7 +38,8 @@ Properties_dialog::Properties_dialog(wxWindow* parent, int id, const wxString& t
       m_status(-1),
       m_cancel(false),
       m_parentWindow(parent),
-      m_counting(false) {
+      m_counting(false),
+      m_fixedPosition(pos) {
   SetBackgroundColour(wxColour(248, 248, 248));
   new wxStaticBox(this, wxID_ANY, wxGetTranslation("Basic"), wxPoint(10, 10), wxSize(330, 195));
   new wxStaticText(this, wxID_ANY, wxGetTranslation("Location: "), wxPoint(30, 45),
@@ -56,6 +57,17 @@ Properties_dialog::Properties_dialog(wxWindow* parent, int id, const wxString& t
   m_sizeText = new wxStaticText(this, wxID_ANY, wxString(), wxPoint(90, 165), wxSize(130, 25),
                                 wxST_NO_AUTORESIZE);
   new wxButton(this, kCloseId, wxGetTranslation("&Close"), wxPoint(250, 230), wxSize(80, 28));
+}
+
+bool Properties_dialog::Show(bool show) {
+  const bool changed = wxDialog::Show(show);
+  if (show && changed && m_fixedPosition != wxDefaultPosition) {
+    // The window still believes it stands at the place it was created with,
+    // so a plain move to that place would be skipped: step aside first.
+    Move(m_fixedPosition + wxPoint(1, 0));
+    Move(m_fixedPosition);
+  }
+  return changed;
 }
 
 void Properties_dialog::SetLocation(const wxString& displayPath) {

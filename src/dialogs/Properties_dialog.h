@@ -29,6 +29,10 @@ class Properties_dialog : public wxDialog {
   // Re-enables the frame and destroys the dialog.
   void Dismiss();
 
+  // Shows the dialog at the place it was created with (the toolkit would
+  // centre a dialog on its parent when it first appears).
+  bool Show(bool show = true) override;
+
   void SetCounting(bool counting) { m_counting = counting; }
   bool IsCounting() const { return m_counting; }
 
@@ -45,6 +49,7 @@ class Properties_dialog : public wxDialog {
 
  private:
   bool m_counting;
+  wxPoint m_fixedPosition;
 
   DECLARE_EVENT_TABLE()
 };

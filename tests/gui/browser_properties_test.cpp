@@ -1,0 +1,291 @@
+// The properties dialog on its own (its fixed layout, the running figures the
+// folder walk writes into it, how the walk stops) and reached from the
+// context menus of the main frame's own tree and list.
+#include "browser_env.h"
+
+#include <wx/button.h>
+#include <wx/statbox.h>
+#include <wx/stattext.h>
+
+#include <sys/stat.h>
+
+#include "dialogs/PropertiesCounter.h"
+#include "dialogs/Properties_dialog.h"
+#include "shell/my_frame.h"
+
+using vt::TestVolumes;
+
+namespace {
+
+const long kDialogStyle = wxCAPTION | wxCLOSE_BOX | wxSYSTEM_MENU;
+
+// The child of a dialog whose class and label match, or null.
+template <class T>
+T* ChildWithLabel(wxWindow* parent, const wxString& label) {
+  for (wxWindow* w : parent->GetChildren()) {
+    T* t = dynamic_cast<T*>(w);
+    if (t != nullptr && t->GetLabel() == label) return t;
+  }
+  return nullptr;
+}
+
+Properties_dialog* OpenPropertiesDialog() {
+  for (wxWindow* w : wxTopLevelWindows)
+    if (auto* d = dynamic_cast<Properties_dialog*>(w))
+      if (!d->IsBeingDeleted()) return d;
+  return nullptr;
+}
+
+void DestroyPropertiesDialogs() {
+  for (wxWindow* w : wxTopLevelWindows)
+    if (dynamic_cast<Properties_dialog*>(w)) w->Destroy();
+  vt::Pump(30);
+}
+
+class PropertiesDialogTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    top = new wxFrame(nullptr, wxID_ANY, "owner", wxPoint(0, 0), wxSize(400, 300));
+    top->Show();
+    ASSERT_TRUE(vt::PumpUntil([&] { return top->IsShownOnScreen(); }));
+    dialog = new Properties_dialog(top, wxID_ANY, "Properties", wxPoint(320, 230),
+                                   wxSize(350, 275), kDialogStyle);
+  }
+  void TearDown() override {
+    DestroyPropertiesDialogs();
+    top->Destroy();
+    vt::Pump(30);
+  }
+  wxFrame* top = nullptr;
+  Properties_dialog* dialog = nullptr;
+};
+
+// A folder with `folders` empty subfolders and `files` files of `bytes` bytes.
+std::string MakeCountTree(const char* name, int folders, int files, size_t bytes) {
+  const std::string root = std::string("/mnt/C/") + name;
+  mkdir(root.c_str(), 0755);
+  for (int i = 0; i < folders; ++i) {
+    char p[128];
+    snprintf(p, sizeof p, "%s/d%03d", root.c_str(), i);
+    mkdir(p, 0755);
+  }
+  for (int i = 0; i < files; ++i) {
+    char p[128];
+    snprintf(p, sizeof p, "%s/f%03d.bin", root.c_str(), i);
+    vt::WriteFile(p, std::string(bytes, 'x'));
+  }
+  return root;
+}
+
+}  // namespace
+
+TEST_F(PropertiesDialogTest, FixedLayoutTextsAndStartValues) {
+  EXPECT_EQ(dialog->GetBackgroundColour(), wxColour(248, 248, 248));
+  dialog->Show();
+  ASSERT_TRUE(vt::PumpUntil([&] { return dialog->IsShownOnScreen(); }));
+  vt::Pump(100);
+  EXPECT_EQ(dialog->GetPosition(), wxPoint(320, 230)) << "not centred on its parent";
+  EXPECT_EQ(dialog->GetSize(), wxSize(350, 275));
+  EXPECT_EQ(dialog->m_status, -1);
+  EXPECT_FALSE(dialog->m_cancel);
+  EXPECT_EQ(dialog->m_fileCount, 0);
+  EXPECT_EQ(dialog->m_folderCount, 0);
+  EXPECT_EQ(dialog->m_totalBytes, 0u);
+
+  wxStaticBox* box = ChildWithLabel<wxStaticBox>(dialog, "Basic");
+  ASSERT_NE(box, nullptr);
+  EXPECT_EQ(box->GetPosition(), wxPoint(10, 10));
+  EXPECT_EQ(box->GetSize(), wxSize(330, 195));
+
+  const char* labels[] = {"Location: ", "Files: ", "Folder: ", "Size: "};
+  const int ys[] = {45, 85, 125, 165};
+  for (int i = 0; i < 4; ++i) {
+    wxStaticText* t = ChildWithLabel<wxStaticText>(dialog, labels[i]);
+    ASSERT_NE(t, nullptr) << labels[i];
+    EXPECT_EQ(t->GetPosition(), wxPoint(30, ys[i])) << labels[i];
+  }
+  EXPECT_EQ(dialog->m_locationText->GetPosition(), wxPoint(90, 43));
+  EXPECT_EQ(dialog->m_locationText->GetSize().x, 200);
+  EXPECT_FALSE(dialog->m_locationText->IsEditable());
+  EXPECT_EQ(dialog->m_filesText->GetPosition(), wxPoint(90, 85));
+  EXPECT_EQ(dialog->m_folderText->GetPosition(), wxPoint(90, 125));
+  EXPECT_EQ(dialog->m_sizeText->GetPosition(), wxPoint(90, 165));
+  for (wxStaticText* v : {dialog->m_filesText, dialog->m_folderText, dialog->m_sizeText})
+    EXPECT_EQ(v->GetSize(), wxSize(130, 25));
+
+  wxButton* close = ChildWithLabel<wxButton>(dialog, "&Close");
+  ASSERT_NE(close, nullptr);
+  EXPECT_EQ(close->GetId(), 204);
+  EXPECT_EQ(close->GetPosition(), wxPoint(250, 230));
+  EXPECT_EQ(close->GetSize(), wxSize(80, 28));
+}
+
+TEST_F(PropertiesDialogTest, RunningFiguresEvery18thFolderAnd134thFile) {
+  ASSERT_TRUE(vt::InPrivateMnt()) << "run inside tests/run-in-mntns.sh";
+  TestVolumes volumes;
+  // 17 folders and 133 files: the fields are never written by the walk.
+  const std::string few = MakeCountTree("few", 17, 133, 1024);
+  dialog->ShowRunningCounts();
+  EXPECT_EQ(dialog->m_folderText->GetLabel(), "0");
+  EXPECT_EQ(dialog->m_sizeText->GetLabel(), "0");
+  EXPECT_EQ(dialog->m_filesText->GetLabel(), "0");
+  EXPECT_EQ(CountDirFileInfo(dialog, few), 1);
+  EXPECT_EQ(dialog->m_folderCount, 17);
+  EXPECT_EQ(dialog->m_fileCount, 133);
+  EXPECT_EQ(dialog->m_totalBytes, 133u * 1024u);
+  EXPECT_EQ(dialog->m_folderText->GetLabel(), "0");
+  EXPECT_EQ(dialog->m_filesText->GetLabel(), "0");
+  EXPECT_EQ(dialog->m_sizeText->GetLabel(), "0");
+
+  // One more of each: the 18th folder and the 134th file write their fields.
+  const std::string more = MakeCountTree("more", 1, 1, 1024);
+  EXPECT_EQ(CountDirFileInfo(dialog, more), 1);
+  EXPECT_EQ(dialog->m_folderText->GetLabel(), "18");
+  EXPECT_EQ(dialog->m_filesText->GetLabel(), "134");
+  EXPECT_EQ(dialog->m_sizeText->GetLabel(), "0 MB (137,216)");
+  // Every call stored the result of the level below it.
+  EXPECT_EQ(dialog->m_status, 1);
+}
+
+TEST_F(PropertiesDialogTest, WalkStopsOnTheCancelFlagAndOnAStoppedStatus) {
+  ASSERT_TRUE(vt::InPrivateMnt()) << "run inside tests/run-in-mntns.sh";
+  TestVolumes volumes;
+  const std::string tree = MakeCountTree("tree", 3, 3, 10);
+  // A stop left in the status ends every later call at once.
+  dialog->m_status = 10;
+  EXPECT_EQ(CountDirFileInfo(dialog, tree), 10);
+  EXPECT_EQ(CountDirFileInfo(dialog, tree + "/f000.bin"), 10);
+  EXPECT_EQ(dialog->m_fileCount, 0);
+  EXPECT_EQ(dialog->m_folderCount, 0);
+  // The cancel flag is read before each entry of a folder: nothing counted.
+  dialog->m_status = -1;
+  dialog->m_cancel = true;
+  EXPECT_EQ(CountDirFileInfo(dialog, tree), 10);
+  EXPECT_EQ(dialog->m_fileCount, 0);
+  EXPECT_EQ(dialog->m_folderCount, 0);
+  // A path naming a file is counted before any entry is read.
+  EXPECT_EQ(CountDirFileInfo(dialog, tree + "/f000.bin"), 1);
+  EXPECT_EQ(dialog->m_fileCount, 1);
+  EXPECT_EQ(dialog->m_totalBytes, 10u);
+}
+
+TEST_F(PropertiesDialogTest, CloseButtonClickedWithTheMouseDestroysTheDialog) {
+  top->Enable(false);
+  dialog->Show();
+  ASSERT_TRUE(vt::PumpUntil([&] { return dialog->IsShownOnScreen(); }));
+  vt::Pump(100);
+  wxButton* close = ChildWithLabel<wxButton>(dialog, "&Close");
+  ASSERT_NE(close, nullptr);
+  const wxRect r = close->GetScreenRect();
+  wxUIActionSimulator sim;
+  sim.MouseMove(r.GetPosition() + wxPoint(r.width / 2, r.height / 2));
+  vt::Pump(50);
+  sim.MouseClick();
+  EXPECT_TRUE(vt::PumpUntil([] { return OpenPropertiesDialog() == nullptr; }));
+  EXPECT_TRUE(top->IsEnabled()) << "closing gives the owner back its input";
+  dialog = nullptr;
+}
+
+// ---- through the main frame ------------------------------------------------
+
+namespace {
+
+class PropertiesFromMenusTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(vt::InPrivateMnt()) << "run inside tests/run-in-mntns.sh";
+    vt::InstallShippedSettings();
+    volumes.reset(new TestVolumes);
+    ASSERT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 3);
+    mkdir("/mnt/C/pics", 0755);
+    mkdir("/mnt/C/pics/2020", 0755);
+    vt::WriteFile("/mnt/C/pics/a.jpg", std::string(3000, 'a'));
+    vt::WriteFile("/mnt/C/pics/2020/b.jpg", std::string(2000, 'b'));
+    vt::WriteFile("/mnt/C/notes.txt", std::string(700, 'n'));
+    top = new wxFrame(nullptr, wxID_ANY, "Vantori");
+    top->SetClientSize(660, 540);
+    frame = new my_frame(top, wxID_ANY, "Vantori", wxPoint(0, 0), top->GetClientSize(),
+                         wxBORDER_NONE | wxTAB_TRAVERSAL | wxWANTS_CHARS);
+    top->Show();
+    frame->Show();
+    ASSERT_TRUE(vt::PumpUntil([&] { return frame->IsShownOnScreen(); }));
+    vt::Pump(100);
+  }
+  void TearDown() override {
+    DestroyPropertiesDialogs();
+    if (top) top->Destroy();
+    vt::Pump(50);
+    volumes.reset();
+  }
+  // Chooses a context-menu entry of a control, as the pop-up menu does.
+  static void ChooseMenuEntry(wxWindow* control, int id) {
+    wxCommandEvent ev(wxEVT_MENU, id);
+    ev.SetEventObject(control);
+    control->GetEventHandler()->ProcessEvent(ev);
+  }
+
+  std::unique_ptr<TestVolumes> volumes;
+  wxFrame* top = nullptr;
+  my_frame* frame = nullptr;
+};
+
+}  // namespace
+
+TEST_F(PropertiesFromMenusTest, TreeMenuPropertiesCountsTheSelectedFolder) {
+  my_DirTreeCtrl* tree = frame->GetTreeCtrl();
+  tree->SetPath("/mnt/C/pics");
+  ASSERT_EQ(tree->GetPath(), "/mnt/C/pics");
+  ChooseMenuEntry(tree, 403);
+  // The tree posts the code; it travels up to the frame, which counts.
+  ASSERT_TRUE(vt::PumpUntil([] {
+    Properties_dialog* d = OpenPropertiesDialog();
+    return d != nullptr && d->m_status == 11;
+  }));
+  Properties_dialog* d = OpenPropertiesDialog();
+  EXPECT_EQ(d->GetTitle(), "Properties");
+  EXPECT_EQ(d->GetParent(), frame);
+  EXPECT_EQ(d->GetWindowStyleFlag() & kDialogStyle, kDialogStyle);
+  EXPECT_EQ(d->GetSize(), wxSize(350, 275));
+  EXPECT_EQ(d->GetPosition(), wxPoint(320, 230));
+  EXPECT_EQ(frame->GetPropertiesDialog(), d);
+  EXPECT_FALSE(frame->IsEnabled());
+  EXPECT_EQ(d->m_locationText->GetValue(), "C:\\pics");
+  EXPECT_EQ(d->m_filesText->GetLabel(), "2");
+  EXPECT_EQ(d->m_folderText->GetLabel(), "1");
+  EXPECT_EQ(d->m_sizeText->GetLabel(), "0 MB (5,000)");
+  d->Close();
+  EXPECT_TRUE(vt::PumpUntil([] { return OpenPropertiesDialog() == nullptr; }));
+  EXPECT_TRUE(frame->IsEnabled());
+}
+
+TEST_F(PropertiesFromMenusTest, ListMenuPropertiesCountsTheSelectedRows) {
+  my_listctrl* list = frame->GetListCtrl();
+  list->Copy_Refresh_Filelisttabel("/mnt/C");
+  ASSERT_EQ(list->GetCurrentListctrlPath(), "/mnt/C/");
+  wxListCtrl* rows = list->GetListCtrl();
+  for (long i = 0; i < rows->GetItemCount(); ++i)
+    if (rows->GetItemText(i) == "pics" || rows->GetItemText(i) == "notes.txt")
+      rows->SetItemState(i, wxLIST_STATE_SELECTED, wxLIST_STATE_SELECTED);
+  ASSERT_EQ(rows->GetSelectedItemCount(), 2);
+  ChooseMenuEntry(list, 423);
+  ASSERT_TRUE(vt::PumpUntil([] {
+    Properties_dialog* d = OpenPropertiesDialog();
+    return d != nullptr && d->m_status == 11;
+  }));
+  Properties_dialog* d = OpenPropertiesDialog();
+  EXPECT_EQ(d->m_locationText->GetValue(), "C:\\");
+  EXPECT_EQ(d->m_filesText->GetLabel(), "3");
+  EXPECT_EQ(d->m_folderText->GetLabel(), "1");
+  EXPECT_EQ(d->m_sizeText->GetLabel(), "0 MB (5,700)");
+  EXPECT_FALSE(frame->IsEnabled());
+}
+
+TEST_F(PropertiesFromMenusTest, ListMenuSelectAllSelectsEveryRowButDotDot) {
+  my_listctrl* list = frame->GetListCtrl();
+  list->Copy_Refresh_Filelisttabel("/mnt/C");
+  ChooseMenuEntry(list, 422);
+  wxListCtrl* rows = list->GetListCtrl();
+  ASSERT_TRUE(vt::PumpUntil([&] { return rows->GetSelectedItemCount() > 0; }));
+  EXPECT_EQ(rows->GetSelectedItemCount(), rows->GetItemCount() - 1);
+  EXPECT_EQ(rows->GetItemState(0, wxLIST_STATE_SELECTED), 0);
+}
