@@ -119,6 +119,14 @@ TEST_F(PartitionWalk, FirstRecordWithEmptySlot0AndDataInSlot1IsSizedBySlot0) {
   EXPECT_EQ(p[0].PartitionNumber, 5);
   EXPECT_EQ(p[0].StartSector, 10000u);
   EXPECT_EQ(p[0].SectorCount, 0u);  // slot 0's count
+  // The link is slot 1's start all the same: here the data partition's
+  // start, 63 sectors after E. A signed record there continues the chain.
+  Record(10063, {Slot(5, 55)});
+  p = Walk();
+  ASSERT_EQ(p.size(), 2u);
+  EXPECT_EQ(p[1].PartitionNumber, 6);
+  EXPECT_EQ(p[1].StartSector, 10063u);
+  EXPECT_EQ(p[1].SectorCount, 55u);
 }
 
 TEST_F(PartitionWalk, FirstRecordLinkingOnwardMakesNoRecordItself) {

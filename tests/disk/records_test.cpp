@@ -5,6 +5,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <type_traits>
+
 #include "disk/DeviceSeam.h"
 #include "disk/DiskInformation.h"
 
@@ -132,6 +134,43 @@ TEST(FreeHdInfoList, NullCallbackStopsAtFirstRecordLeavingTheRest) {
 TEST(FreeFsInfo, NullIsHarmlessAndLabelIsFreed) {
   FreeFsInfo(nullptr);
   FreeFsInfo(NewFs("DATA"));  // ASan checks the label is freed with it
+}
+
+TEST(Records, FieldWidths) {
+  HardDiskInformation disk;
+  EXPECT_EQ(sizeof(disk.DevicePath), 10u);
+  EXPECT_EQ(sizeof(disk.Model), 40u);
+  EXPECT_EQ(sizeof(disk.Flags), 1u);
+  EXPECT_EQ(sizeof(disk.PartitionCount), 2u);
+  EXPECT_EQ(sizeof(disk.BytesPerSector), 2u);
+  EXPECT_EQ(sizeof(disk.Heads), 2u);
+  EXPECT_EQ(sizeof(disk.SectorsPerTrack), 2u);
+  EXPECT_EQ(sizeof(disk.Cylinders), 4u);
+  EXPECT_EQ(sizeof(disk.TotalSectors), 4u);
+  PartitionInformation part;
+  EXPECT_EQ(sizeof(part.DriveLetter), 1u);
+  EXPECT_EQ(sizeof(part.PartitionNumber), 1u);
+  EXPECT_EQ(sizeof(part.StartSector), 4u);
+  EXPECT_EQ(sizeof(part.SectorCount), 4u);
+  FileSystemInformation fs;
+  EXPECT_EQ(sizeof(fs.FsType), 1u);
+  EXPECT_EQ(sizeof(fs.SectorsPerCluster), 1u);
+  EXPECT_EQ(sizeof(fs.ReservedSectors), 2u);
+  EXPECT_EQ(sizeof(fs.TotalSectors), 4u);
+  EXPECT_EQ(sizeof(fs.RootDirSectors), 2u);
+  EXPECT_EQ(sizeof(fs.SecondaryWord), 2u);
+  EXPECT_EQ(sizeof(fs.RootLocation), 4u);
+  EXPECT_EQ(sizeof(fs.FatSize), 4u);
+  EXPECT_EQ(sizeof(fs.FirstDataSector), 4u);
+  SgInformation sg;
+  EXPECT_EQ(sizeof(sg.Handle), 20u);
+  EXPECT_EQ(sizeof(sg.Identity), 25u);
+  EXPECT_EQ(sizeof(sg.Flags), 1u);
+  MyComputer root;
+  EXPECT_EQ(sizeof(root.DiskCount), 4u);
+  EXPECT_TRUE(std::is_signed<decltype(root.DiskCount)>::value);
+  EXPECT_TRUE(std::is_unsigned<decltype(disk.Cylinders)>::value);
+  EXPECT_TRUE(std::is_unsigned<decltype(fs.RootLocation)>::value);
 }
 
 TEST(DeviceTable, TestProgramsUseTheRefusingTable) {

@@ -189,6 +189,21 @@ TEST(FormatVolumeSize, GigabytesAboveOneGibElseWholeMegabytes) {
   EXPECT_STREQ(small, "900 M");  // cut to fit
 }
 
+TEST(VolumeEntry, FieldWidths) {
+  VolumeInformation v;
+  EXPECT_EQ(sizeof(v.MountPoint), 32u);
+  EXPECT_EQ(sizeof(v.DriveLetter), 1u);
+  EXPECT_EQ(sizeof(v.Removable), 1u);
+  EXPECT_EQ(sizeof(v.FsType), 1u);
+  EXPECT_EQ(sizeof(v.FsName), 16u);
+  EXPECT_EQ(sizeof(v.VolumeLabel), 32u);
+  EXPECT_EQ(sizeof(v.FreeText), 16u);
+  EXPECT_EQ(sizeof(v.SizeText), 16u);
+  EXPECT_EQ(sizeof(g_AllDiskPartitionInf.m_Volume) / sizeof(v), 26u);
+  EXPECT_EQ(sizeof(g_AllDiskPartitionInf.m_DiskCount), 2u);
+  EXPECT_EQ(sizeof(g_AllDiskPartitionInf.m_VolumeCount), 2u);
+}
+
 TEST_F(VolumeTable, FreeMemoryUnmountsAndRebuilds) {
   fake_.AddIdeDisk("/dev/hda", vt::MakeFatVolumesImage(dir_.path(), {"A", "B"}), "D");
   View_Disk_Info* t = Table();
