@@ -47,7 +47,8 @@ bool ReadSignedSector(int fd, uint64_t sector, unsigned char* buffer, unsigned s
 
 // Follows the extended partition that starts at sector e. Links are relative
 // to e; the start kept for a logical partition is the sector of the extended
-// boot record that describes it.
+// boot record that describes it. e + link is a 32-bit sector number like the
+// start it becomes: the record read is always the one the start names.
 void WalkExtended(int fd, unsigned short bps, uint32_t e, unsigned char* sector, Walk* walk) {
   if (!ReadSignedSector(fd, e, sector, bps)) return;
   int k = Entry(sector, 0)[4] == 0 ? 1 : 0;
@@ -63,10 +64,10 @@ void WalkExtended(int fd, unsigned short bps, uint32_t e, unsigned char* sector,
     link = ByteToDWord(sector, kSlot1Start);
   }
   while (walk->count < MAX_PARTITION_RECORDS && link != 0) {
-    uint64_t at = static_cast<uint64_t>(e) + link;
+    const uint32_t at = e + link;
     if (!ReadSignedSector(fd, at, sector, bps)) break;
     if (!IsUsed(Entry(sector, 0))) break;
-    Append(walk, static_cast<unsigned char>(walk->nextLogical++), static_cast<uint32_t>(at),
+    Append(walk, static_cast<unsigned char>(walk->nextLogical++), at,
            ByteToDWord(sector, kSlot0Count));
     link = ByteToDWord(sector, kSlot1Start);
   }

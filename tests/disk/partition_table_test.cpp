@@ -204,6 +204,23 @@ TEST_F(PartitionWalk, SecondExtendedSlotSharesLogicalNumbering) {
   EXPECT_EQ(p[2].StartSector, 21000u);
 }
 
+TEST_F(PartitionWalk, LinkPastTheLast32BitSectorWrapsLikeTheRecordedStart) {
+  // E = 0xFFFFFF00 and a link of 0x200: E + L is sector 0x100 in 32 bits,
+  // which is both the record read and the start recorded.
+  vt::MakeSparseFile(image_, 2200ull << 30);
+  Record(0, {Slot(0xFFFFFF00u, 0x1000, 0x05)});
+  Record(0xFFFFFF00ull, {Slot(63, 100), Slot(0x200, 100, 0x05)});
+  Record(0x100, {Slot(63, 200)});
+  // Beyond 2^32 sectors a record that would continue differently.
+  Record(0x100000100ull, {Slot(63, 300), Slot(0x300, 100, 0x05)});
+  std::vector<PartitionInformation> p = Walk();
+  ASSERT_EQ(p.size(), 2u);
+  EXPECT_EQ(p[0].StartSector, 0xFFFFFF00u);
+  EXPECT_EQ(p[0].SectorCount, 100u);
+  EXPECT_EQ(p[1].StartSector, 0x100u);
+  EXPECT_EQ(p[1].SectorCount, 200u);
+}
+
 TEST_F(PartitionWalk, Type85IsNotFollowed) {
   Record(0, {Slot(10000, 5000, 0x85)});
   Record(10000, {Slot(63, 100)});
