@@ -9,7 +9,9 @@
 #include <wx/frame.h>
 #include <wx/listctrl.h>
 #include <wx/menu.h>
+#include <wx/eventfilter.h>
 #include <wx/panel.h>
+#include <wx/stattext.h>
 #include <wx/splitter.h>
 #include <wx/textctrl.h>
 #include <wx/uiaction.h>
@@ -23,6 +25,7 @@
 #include "browser/my_TreeItemData.h"
 #include "browser/my_listctrl.h"
 #include "common/fake_devices.h"
+#include "dialogs/CInfoFrame.h"
 #include "common/test_support.h"
 #include "disk/View_Disk_Info.h"
 #include "shell/CustomEvents.h"
@@ -46,6 +49,34 @@ struct MenuRecord {
       enabled.push_back(item->IsEnabled());
     }
   }
+};
+
+// Records every busy window that is shown while it exists: its text, parent
+// and colour.
+class BusyBoxWatcher : public wxEventFilter {
+ public:
+  struct Seen {
+    wxString text;
+    wxWindow* parent;
+    wxColour colour;
+  };
+  BusyBoxWatcher() { wxEvtHandler::AddFilter(this); }
+  ~BusyBoxWatcher() override { wxEvtHandler::RemoveFilter(this); }
+  int FilterEvent(wxEvent& event) override {
+    if (event.GetEventType() != wxEVT_SHOW) return Event_Skip;
+    CInfoFrame* frame = dynamic_cast<CInfoFrame*>(event.GetEventObject());
+    if (frame != nullptr && static_cast<wxShowEvent&>(event).IsShown())
+      seen.push_back({frame->GetText()->GetLabel(), frame->GetParent(),
+                      frame->GetBackgroundColour()});
+    return Event_Skip;
+  }
+  // True when no busy window is on screen any more.
+  static bool NoneShown() {
+    for (wxWindow* w : wxTopLevelWindows)
+      if (dynamic_cast<CInfoFrame*>(w) != nullptr && w->IsShown()) return false;
+    return true;
+  }
+  std::vector<Seen> seen;
 };
 
 class RecordingList : public my_listctrl {

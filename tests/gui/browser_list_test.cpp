@@ -7,6 +7,7 @@
 
 #include "browser/FileTypeIcons.h"
 #include "browser/ListingLogic.h"
+#include "common/stdout_capture.h"
 
 #include <unistd.h>
 
@@ -17,6 +18,14 @@ using vt::BrowserWindow;
 using vt::TestVolumes;
 
 namespace {
+
+// True when the keyboard focus is in `w` (the list draws its rows in an
+// inner window that takes the focus for it).
+bool HasKeyboardFocus(wxWindow* w) {
+  for (wxWindow* f = wxWindow::FindFocus(); f != nullptr; f = f->GetParent())
+    if (f == w) return true;
+  return false;
+}
 
 void SetTime(const std::string& path, time_t t) {
   struct timeval tv[2] = {{t, 0}, {t, 0}};
@@ -146,6 +155,8 @@ TEST_F(BrowserListTest, DoubleClickOpensDriveAndListsFoldersFirst) {
   // Row 2 is selected and focused; the tree and the path field follow (the
   // field shows the volume's path without its "/", which reads "C").
   EXPECT_EQ(win->Selected(), std::vector<long>{2});
+  EXPECT_EQ(win->Focused(), 2);
+  EXPECT_TRUE(HasKeyboardFocus(win->L()));
   EXPECT_EQ(win->path->GetValue(), "C");
   ASSERT_TRUE(win->T()->GetSelection().IsOk());
   EXPECT_EQ(win->T()->GetItemText(win->T()->GetSelection()), "C:");
@@ -177,6 +188,8 @@ TEST_F(BrowserListTest, WalkDownAndUpWithDoubleClickEnterDotDotAndBackspace) {
   win->Key(WXK_BACK);
   ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/docs/"; }));
   EXPECT_EQ(win->Selected(), std::vector<long>{1});
+  EXPECT_EQ(win->Focused(), 1);
+  EXPECT_TRUE(HasKeyboardFocus(win->L()));
   EXPECT_EQ(win->path->GetValue(), "C:\\docs");
   // Up with the ".." row: the volume's top reads C:\ in the path field.
   win->Activate(0);
@@ -351,6 +364,73 @@ TEST_F(BrowserListTest, RightPressWithOnlyDotDotSelectedIsSwallowed) {
   EXPECT_TRUE(win->Selected().empty());
 }
 
+TEST_F(BrowserListTest, DotDotRowSelectedFromCodeIsTakenBackAndRightPressSwallowed) {
+  OpenC();
+  // Selecting the ".." row alone, even from code, does not hold: the list
+  // takes it back at once, so "only .. selected" is "nothing selected".
+  win->L()->SetItemState(-1, 0, wxLIST_STATE_SELECTED);
+  win->L()->SetItemState(0, wxLIST_STATE_SELECTED, wxLIST_STATE_SELECTED);
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->Selected().empty(); }));
+  vt::Pump(30);
+  win->codes.clear();
+  const int before = win->list->menus.popups;
+  win->Click(win->RowPoint(4), wxMOUSE_BTN_RIGHT);
+  EXPECT_FALSE(win->Posted(424));
+  EXPECT_FALSE(win->Posted(425));
+  EXPECT_EQ(win->list->menus.popups, before) << "the press must not reach the list";
+  EXPECT_TRUE(win->Selected().empty()) << "the press did not select row 4";
+  // With a real row selected the same press goes on and posts the mode.
+  win->Click(win->RowPoint(4));
+  win->codes.clear();
+  win->Click(win->RowPoint(4), wxMOUSE_BTN_RIGHT);
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(425); }));
+  EXPECT_EQ(win->list->menus.popups, before + 1);
+}
+
+TEST_F(BrowserListTest, ActivationAndHeaderClicksPrintTheirDiagnostics) {
+  vt::StdoutCapture cap;
+  win->Activate(0);
+  const bool opened =
+      vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/"; });
+  win->ClickHeader(win->HeaderPoint(0));
+  const std::string out = cap.Stop();
+  ASSERT_TRUE(opened);
+  EXPECT_NE(out.find("dClick list item\n"), std::string::npos) << out;
+  EXPECT_NE(out.find("OnColClick\n"), std::string::npos) << out;
+  EXPECT_EQ(win->list->GetCurrentColumnIndex(), 0);
+}
+
+TEST_F(BrowserListTest, BusyBoxOnlyWhileAFolderIsRead) {
+  OpenC();
+  // Opening a folder: one box (the tree's expansion that follows is the
+  // list's doing and shows none), closed before the handler returns.
+  {
+    vt::BusyBoxWatcher busy;
+    win->Activate(win->RowOf("docs"));
+    ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/docs/"; }));
+    ASSERT_EQ(busy.seen.size(), 1u);
+    EXPECT_EQ(busy.seen[0].text, "Please wait, working...");
+    EXPECT_EQ(busy.seen[0].parent, win->splitter) << "the list's parent";
+    EXPECT_EQ(busy.seen[0].colour, *wxWHITE);
+    EXPECT_TRUE(vt::BusyBoxWatcher::NoneShown());
+  }
+  // The ".." row: one box around going up.
+  {
+    vt::BusyBoxWatcher busy;
+    win->Activate(0);
+    ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/"; }));
+    ASSERT_EQ(busy.seen.size(), 1u);
+    EXPECT_EQ(busy.seen[0].text, "Please wait, working...");
+    EXPECT_TRUE(vt::BusyBoxWatcher::NoneShown());
+  }
+  // A file is not opened: no box.
+  {
+    vt::BusyBoxWatcher busy;
+    win->Activate(win->RowOf("b.txt"));
+    EXPECT_TRUE(busy.seen.empty());
+  }
+}
+
 TEST_F(BrowserListTest, EmptyOrUnreadableFolderListsOnlyDotDot) {
   mkdir("/mnt/C/empty", 0755);
   OpenC();
@@ -402,6 +482,18 @@ TEST_F(BrowserListTest, IconViewAndBack) {
   EXPECT_EQ(win->Cell(0, 0), win->list->GetDirArray()[1].m_name);
   EXPECT_EQ(win->Cell(1, 0), win->list->GetDirArray()[0].m_name);
   EXPECT_EQ(win->Cell(2, 0), win->list->GetFileArray()[2].m_name);
+  for (long r = 0; r < win->Rows(); ++r) {
+    wxListItem item;
+    item.SetId(r);
+    item.SetMask(wxLIST_MASK_IMAGE);
+    ASSERT_TRUE(win->L()->GetItem(item));
+    EXPECT_EQ(item.GetImage(), r < 2 ? 0 : 1) << r;
+  }
+  // A view other than icon or report builds nothing new.
+  wxListCtrl* iconChild = win->L();
+  EXPECT_TRUE(win->list->ReCreate(wxLC_LIST));
+  EXPECT_EQ(win->L(), iconChild);
+  EXPECT_TRUE(win->list->IsIconView());
   ASSERT_TRUE(win->list->ReCreate(wxLC_REPORT));
   EXPECT_FALSE(win->list->IsIconView());
   EXPECT_EQ(win->Rows(), 6);

@@ -159,6 +159,50 @@ TEST_F(BrowserTreeTest, ActivatingAFolderByDoubleClickShowsItInTheList) {
   EXPECT_EQ(win->Column0(), std::vector<wxString>{".."});
 }
 
+TEST_F(BrowserTreeTest, EnterOnAFolderOpensItInTheList) {
+  win->T()->Expand(C());
+  vt::Pump(50);
+  const wxTreeItemId alpha = win->TreeChild(C(), "alpha");
+  ASSERT_TRUE(alpha.IsOk());
+  win->Click(win->TreeItemPoint(alpha));
+  ASSERT_EQ(win->T()->GetSelection(), alpha);
+  win->T()->SetFocus();
+  vt::Pump(30);
+  win->Key(WXK_RETURN);
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/alpha/"; }));
+  EXPECT_EQ(win->Column0(), (std::vector<wxString>{"..", "inside", "one.bin"}));
+  EXPECT_EQ(win->path->GetValue(), "C:\\alpha");
+  EXPECT_TRUE(win->TreeData(alpha)->m_isExpanded);
+}
+
+TEST_F(BrowserTreeTest, BusyBoxOnExpandingAndOnEveryOtherCollapse) {
+  {
+    vt::BusyBoxWatcher busy;
+    win->T()->SelectItem(C());
+    win->T()->Expand(C());
+    vt::Pump(50);
+    ASSERT_EQ(busy.seen.size(), 1u);
+    EXPECT_EQ(busy.seen[0].text, "Please wait, working...");
+    EXPECT_EQ(busy.seen[0].parent, win->splitter) << "the tree's parent";
+    EXPECT_EQ(busy.seen[0].colour, *wxWHITE);
+    EXPECT_TRUE(vt::BusyBoxWatcher::NoneShown());
+  }
+  // Four collapses: the box flashes on every other one.
+  std::vector<size_t> flashes;
+  for (int i = 0; i < 4; ++i) {
+    vt::BusyBoxWatcher busy;
+    win->T()->Collapse(C());
+    vt::Pump(30);
+    flashes.push_back(busy.seen.size());
+    EXPECT_TRUE(vt::BusyBoxWatcher::NoneShown());
+    win->T()->Expand(C());
+    vt::Pump(30);
+  }
+  EXPECT_TRUE(flashes == (std::vector<size_t>{1, 0, 1, 0}) ||
+              flashes == (std::vector<size_t>{0, 1, 0, 1}))
+      << flashes[0] << flashes[1] << flashes[2] << flashes[3];
+}
+
 TEST_F(BrowserTreeTest, TreeFollowsTheListAndTheListFollowsTheTree) {
   win->Activate(0);
   ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/"; }));
