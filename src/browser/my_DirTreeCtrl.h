@@ -68,6 +68,8 @@ class my_DirTreeCtrl : public wxControl {
   bool GetIsLastFocus_treectrl() const { return m_isLastFocus; }
   bool GetSelIsFolder() const { return m_selIsFolder; }
   const wxArrayString& GetSectionPaths() const { return m_sectionPaths; }
+  const wxString& GetDefaultPath() const { return m_defaultPath; }
+  const wxString& GetCurrentFilter() const { return m_currentFilter; }
 
   // The item menu (400 "&Copy...", 402 "&Select All..." disabled, separator,
   // 403 "&Properties").

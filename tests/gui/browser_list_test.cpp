@@ -4,6 +4,7 @@
 #include "browser_env.h"
 
 #include <wx/imaglist.h>
+#include <wx/settings.h>
 
 #include "browser/FileTypeIcons.h"
 #include "browser/ListingLogic.h"
@@ -124,12 +125,15 @@ TEST_F(BrowserListTest, DoubleClickOpensDriveAndListsFoldersFirst) {
   ASSERT_EQ(win->L()->GetColumnCount(), 4);
   const char* heads[] = {"Name", "Size", "Type", "Modified"};
   const int widths[] = {130, 80, 60, 130};
+  const int aligns[] = {wxLIST_FORMAT_LEFT, wxLIST_FORMAT_RIGHT, wxLIST_FORMAT_LEFT,
+                        wxLIST_FORMAT_LEFT};
   for (int c = 0; c < 4; ++c) {
     wxListItem col;
-    col.SetMask(wxLIST_MASK_TEXT | wxLIST_MASK_WIDTH);
+    col.SetMask(wxLIST_MASK_TEXT | wxLIST_MASK_WIDTH | wxLIST_MASK_FORMAT);
     win->L()->GetColumn(c, col);
     EXPECT_EQ(col.GetText(), heads[c]);
     EXPECT_EQ(col.GetWidth(), widths[c]);
+    EXPECT_EQ(col.GetAlign(), aligns[c]);
   }
   ASSERT_EQ(win->Rows(), 6);
   EXPECT_EQ(win->Cell(0, 0), "..");
@@ -429,6 +433,37 @@ TEST_F(BrowserListTest, BusyBoxOnlyWhileAFolderIsRead) {
     win->Activate(win->RowOf("b.txt"));
     EXPECT_TRUE(busy.seen.empty());
   }
+}
+
+TEST_F(BrowserListTest, SetFocusTellsTheModeAndTakesTheFlagFromTheTree) {
+  EXPECT_EQ(win->list->GetBackgroundColour(), wxSystemSettings::GetColour(wxSYS_COLOUR_BTNFACE));
+  EXPECT_EQ(win->list->GetForegroundColour(),
+            wxSystemSettings::GetColour(wxSYS_COLOUR_WINDOWTEXT));
+  EXPECT_EQ(win->L()->GetId(), 1001);
+  EXPECT_TRUE(win->L()->HasFlag(wxLC_REPORT));
+  // Drive mode: 424.
+  win->tree->SetIsLastFocus_treectrl(true);
+  win->list->SetIsLastFocus_listctrl(false);
+  win->codes.clear();
+  win->list->SetFocus();
+  EXPECT_TRUE(win->list->GetIsLastFocus_listctrl());
+  EXPECT_FALSE(win->tree->GetIsLastFocus_treectrl());
+  EXPECT_FALSE(win->list->GetHasFolder());
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(424); }));
+  EXPECT_FALSE(win->Posted(425));
+  EXPECT_TRUE(HasKeyboardFocus(win->L()));
+  // Folder mode: 425.
+  OpenC();
+  win->tree->SetFocus();
+  vt::Pump(30);
+  win->codes.clear();
+  win->list->SetFocus();
+  EXPECT_TRUE(win->list->GetHasFolder());
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(425); }));
+  EXPECT_FALSE(win->Posted(424));
+  EXPECT_TRUE(win->list->GetIsLastFocus_listctrl());
+  EXPECT_FALSE(win->tree->GetIsLastFocus_treectrl());
+  EXPECT_TRUE(HasKeyboardFocus(win->L()));
 }
 
 TEST_F(BrowserListTest, EmptyOrUnreadableFolderListsOnlyDotDot) {

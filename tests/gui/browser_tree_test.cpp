@@ -9,6 +9,8 @@
 
 #include <cstdio>
 
+#include <wx/settings.h>
+
 #include "common/stdout_capture.h"
 
 using vt::BrowserWindow;
@@ -349,4 +351,44 @@ TEST_F(BrowserTreeTest, ItemDataOperations) {
   d.SetNewDirName("/mnt/C/other/name");
   EXPECT_EQ(d.m_path, "/mnt/C/other/name");
   EXPECT_EQ(d.m_name, "name");
+}
+
+TEST_F(BrowserTreeTest, InnerTreeStyleColoursFilterAndDefaultPath) {
+  // The frame's style 0x90: directories only, sunken border.
+  EXPECT_TRUE(win->T()->HasFlag(wxTR_HAS_BUTTONS));
+  EXPECT_TRUE(win->T()->HasFlag(wxTR_HIDE_ROOT));
+  EXPECT_TRUE(win->T()->HasFlag(wxTR_NO_LINES));
+  EXPECT_FALSE(win->T()->HasFlag(wxTR_EDIT_LABELS));
+  EXPECT_EQ(win->T()->GetWindowStyleFlag() & wxBORDER_MASK, long(wxBORDER_SUNKEN));
+  EXPECT_EQ(win->T()->GetParent(), win->tree);
+  EXPECT_EQ(win->tree->GetBackgroundColour(), wxSystemSettings::GetColour(wxSYS_COLOUR_3DFACE));
+  EXPECT_EQ(win->tree->GetForegroundColour(),
+            wxSystemSettings::GetColour(wxSYS_COLOUR_WINDOWTEXT));
+  // An empty filter becomes "*", and so does an index that selects nothing.
+  EXPECT_EQ(win->tree->GetCurrentFilter(), "*");
+  wxString spec, description;
+  EXPECT_TRUE(win->tree->ExtractWildcard("Text|*.txt;*.text|All|*", 0, spec, description));
+  EXPECT_EQ(spec, "*.txt;*.text");
+  EXPECT_EQ(description, "Text");
+  EXPECT_TRUE(win->tree->ExtractWildcard("Text|*.txt;*.text|All|*", 1, spec, description));
+  EXPECT_EQ(spec, "*");
+  EXPECT_EQ(description, "All");
+  EXPECT_FALSE(win->tree->ExtractWildcard("Text|*.txt;*.text|All|*", 2, spec, description));
+  win->tree->SetFilterIndex(7);
+  EXPECT_EQ(win->tree->GetCurrentFilter(), "*");
+  // The directory given at creation, replaced by SetPath.
+  EXPECT_EQ(win->tree->GetDefaultPath(), "D:\\");
+  win->tree->SetPath("/mnt/C/alpha");
+  EXPECT_EQ(win->tree->GetDefaultPath(), "/mnt/C/alpha");
+  EXPECT_EQ(win->tree->GetPath(), "/mnt/C/alpha");
+
+  // Without 0x80 no border; 0x100 allows editing labels.
+  my_DirTreeCtrl* other = new my_DirTreeCtrl(win->panel, wxID_ANY, wxString(), wxPoint(0, 0),
+                                             wxSize(100, 100), 0x110, wxString(), 0, wxString());
+  wxTreeCtrl* inner = other->GetTreeCtrl();
+  EXPECT_TRUE(inner->HasFlag(wxTR_EDIT_LABELS));
+  EXPECT_EQ(inner->GetWindowStyleFlag() & wxBORDER_MASK, long(wxBORDER_NONE));
+  EXPECT_EQ(inner->GetId(), 1004);
+  other->Destroy();
+  vt::Pump(20);
 }
