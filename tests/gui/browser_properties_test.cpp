@@ -6,6 +6,7 @@
 #include <wx/button.h>
 #include <wx/statbox.h>
 #include <wx/stattext.h>
+#include <wx/timer.h>
 
 #include <sys/stat.h>
 
@@ -288,4 +289,92 @@ TEST_F(PropertiesFromMenusTest, ListMenuSelectAllSelectsEveryRowButDotDot) {
   ASSERT_TRUE(vt::PumpUntil([&] { return rows->GetSelectedItemCount() > 0; }));
   EXPECT_EQ(rows->GetSelectedItemCount(), rows->GetItemCount() - 1);
   EXPECT_EQ(rows->GetItemState(0, wxLIST_STATE_SELECTED), 0);
+}
+
+namespace {
+
+// Presses the Close button of the open properties dialog with the mouse once
+// the count has passed `threshold` folders; the timer runs during the
+// count's own yields, as user input does.
+class CloseDuringCount : public wxTimer {
+ public:
+  explicit CloseDuringCount(int threshold) : threshold_(threshold) { Start(5); }
+  void Notify() override {
+    Properties_dialog* d = OpenPropertiesDialog();
+    if (d == nullptr || !d->IsShown()) return;
+    lastSeen = d->m_folderCount;
+    if (clicked || d->m_folderCount < threshold_) return;
+    clicked = true;
+    countAtClick = d->m_folderCount;
+    labelAtClick = d->m_folderText->GetLabel();
+    countingAtClick = d->IsCounting();
+    wxWindow* close = d->FindWindow(204);
+    const wxRect r = close->GetScreenRect();
+    wxUIActionSimulator sim;
+    sim.MouseMove(r.GetPosition() + wxPoint(r.width / 2, r.height / 2));
+    sim.MouseClick();
+  }
+  bool clicked = false;
+  bool countingAtClick = false;
+  int countAtClick = -1;
+  int lastSeen = -1;
+  wxString labelAtClick;
+
+ private:
+  int threshold_;
+};
+
+// 50 x 50 folders with a file each under /mnt/C/many.
+void MakeManyFolders() {
+  for (int i = 0; i < 50; ++i) {
+    for (int j = 0; j < 50; ++j) {
+      char p[96];
+      snprintf(p, sizeof p, "/mnt/C/many/d%02d/e%02d/f.txt", i, j);
+      vt::WriteFile(p, "x");
+    }
+  }
+}
+
+}  // namespace
+
+TEST_F(PropertiesFromMenusTest, CloseWithTheMouseStopsALongCountOfTheTreeFolder) {
+  MakeManyFolders();
+  const int total = 50 + 50 * 50;
+  my_DirTreeCtrl* tree = frame->GetTreeCtrl();
+  tree->SetPath("/mnt/C/many");
+  ASSERT_EQ(tree->GetPath(), "/mnt/C/many");
+  {
+    // The dialog must be where the mouse will go.
+    CloseDuringCount closer(40);
+    ChooseMenuEntry(tree, 403);
+    ASSERT_TRUE(vt::PumpUntil([&] { return closer.clicked && OpenPropertiesDialog() == nullptr; }))
+        << "clicked " << closer.clicked << " at " << closer.countAtClick;
+    EXPECT_TRUE(closer.countingAtClick);
+    EXPECT_GE(closer.countAtClick, 40);
+    EXPECT_NE(closer.labelAtClick, "0") << "the folder field follows the count";
+    EXPECT_LT(closer.lastSeen, total) << "the count stopped before the end";
+  }
+  EXPECT_TRUE(frame->IsEnabled());
+  EXPECT_EQ(frame->GetPropertiesDialog(), nullptr);
+}
+
+TEST_F(PropertiesFromMenusTest, CloseWithTheMouseStopsALongCountOfTheListSelection) {
+  MakeManyFolders();
+  my_listctrl* list = frame->GetListCtrl();
+  list->Copy_Refresh_Filelisttabel("/mnt/C");
+  wxListCtrl* rows = list->GetListCtrl();
+  for (long i = 0; i < rows->GetItemCount(); ++i)
+    if (rows->GetItemText(i) == "many" || rows->GetItemText(i) == "pics")
+      rows->SetItemState(i, wxLIST_STATE_SELECTED, wxLIST_STATE_SELECTED);
+  ASSERT_EQ(rows->GetSelectedItemCount(), 2);
+  {
+    CloseDuringCount closer(40);
+    ChooseMenuEntry(list, 423);
+    ASSERT_TRUE(vt::PumpUntil([&] { return closer.clicked && OpenPropertiesDialog() == nullptr; }))
+        << "clicked " << closer.clicked << " at " << closer.countAtClick;
+    EXPECT_TRUE(closer.countingAtClick);
+    EXPECT_LT(closer.lastSeen, 50 + 50 * 50 + 1);
+  }
+  EXPECT_TRUE(frame->IsEnabled());
+  EXPECT_EQ(frame->GetPropertiesDialog(), nullptr);
 }
