@@ -378,3 +378,96 @@ TEST_F(PropertiesFromMenusTest, CloseWithTheMouseStopsALongCountOfTheListSelecti
   EXPECT_TRUE(frame->IsEnabled());
   EXPECT_EQ(frame->GetPropertiesDialog(), nullptr);
 }
+
+namespace {
+
+// Types keys into whatever pop-up menu is open, from a timer that runs in the
+// menu's own event loop; gives up with Escape if the menu does not answer.
+class MenuTyper : public wxTimer {
+ public:
+  explicit MenuTyper(int key) : key_(key) { Start(250); }
+  void Notify() override {
+    wxUIActionSimulator sim;
+    ++ticks;
+    if (ticks == 1) {
+      sim.Char(key_);
+    } else if (ticks >= 8) {
+      sim.Char(WXK_ESCAPE);
+      Stop();
+    }
+  }
+  int ticks = 0;
+
+ private:
+  int key_;
+};
+
+wxPoint ScreenCentre(wxWindow* w, const wxRect& r) {
+  return w->ClientToScreen(wxPoint(r.x + r.width / 2, r.y + r.height / 2));
+}
+
+}  // namespace
+
+TEST_F(PropertiesFromMenusTest, RightClickOnAListRowAndPropertiesFromTheRealMenu) {
+  my_listctrl* list = frame->GetListCtrl();
+  list->Copy_Refresh_Filelisttabel("/mnt/C");
+  wxListCtrl* rows = list->GetListCtrl();
+  long pics = -1;
+  for (long i = 0; i < rows->GetItemCount(); ++i)
+    if (rows->GetItemText(i) == "pics") pics = i;
+  ASSERT_GT(pics, 0);
+  wxRect r;
+  rows->GetItemRect(pics, r, wxLIST_RECT_LABEL);
+  wxUIActionSimulator sim;
+  sim.MouseMove(ScreenCentre(rows, r));
+  vt::Pump(30);
+  sim.MouseClick();
+  ASSERT_TRUE(vt::PumpUntil([&] { return rows->GetSelectedItemCount() == 1; }));
+  vt::Pump(100);
+  {
+    MenuTyper typer('p');  // the mnemonic of "&Properties"
+    sim.MouseClick(wxMOUSE_BTN_RIGHT);
+    ASSERT_TRUE(vt::PumpUntil([] {
+      Properties_dialog* d = OpenPropertiesDialog();
+      return d != nullptr && d->m_status == 11;
+    })) << "menu answered after " << typer.ticks << " ticks";
+  }
+  Properties_dialog* d = OpenPropertiesDialog();
+  EXPECT_EQ(d->m_locationText->GetValue(), "C:\\");
+  EXPECT_EQ(d->m_filesText->GetLabel(), "2");
+  EXPECT_EQ(d->m_folderText->GetLabel(), "1");
+  EXPECT_EQ(d->m_sizeText->GetLabel(), "0 MB (5,000)");
+}
+
+TEST_F(PropertiesFromMenusTest, RightClickOnATreeFolderAndPropertiesFromTheRealMenu) {
+  my_DirTreeCtrl* tree = frame->GetTreeCtrl();
+  tree->SetPath("/mnt/C");
+  wxTreeCtrl* t = tree->GetTreeCtrl();
+  wxTreeItemId c = t->GetSelection();
+  ASSERT_TRUE(c.IsOk());
+  t->Expand(c);
+  vt::Pump(50);
+  wxTreeItemId pics;
+  wxTreeItemIdValue cookie;
+  for (wxTreeItemId i = t->GetFirstChild(c, cookie); i.IsOk(); i = t->GetNextChild(c, cookie))
+    if (t->GetItemText(i) == "pics") pics = i;
+  ASSERT_TRUE(pics.IsOk());
+  wxRect r;
+  ASSERT_TRUE(t->GetBoundingRect(pics, r, true));
+  wxUIActionSimulator sim;
+  sim.MouseMove(ScreenCentre(t, r));
+  vt::Pump(30);
+  {
+    MenuTyper typer('p');
+    sim.MouseClick(wxMOUSE_BTN_RIGHT);
+    ASSERT_TRUE(vt::PumpUntil([] {
+      Properties_dialog* d = OpenPropertiesDialog();
+      return d != nullptr && d->m_status == 11;
+    })) << "menu answered after " << typer.ticks << " ticks";
+  }
+  EXPECT_EQ(t->GetSelection(), pics) << "the menu selects its item";
+  Properties_dialog* d = OpenPropertiesDialog();
+  EXPECT_EQ(d->m_locationText->GetValue(), "C:\\pics");
+  EXPECT_EQ(d->m_filesText->GetLabel(), "2");
+  EXPECT_EQ(d->m_folderText->GetLabel(), "1");
+}
