@@ -392,3 +392,32 @@ TEST_F(BrowserTreeTest, InnerTreeStyleColoursFilterAndDefaultPath) {
   other->Destroy();
   vt::Pump(20);
 }
+
+TEST_F(BrowserTreeTest, OddFolderNamesExpandAndOpenFromTheTree) {
+  const wxString odd[] = {wxString::FromUTF8("two words"), wxString::FromUTF8("it's \"q\""),
+                          wxString::FromUTF8("\xc3\x9c" "ber \xe6\x96\x87"),
+                          wxString::FromUTF8(".hidden dir")};
+  for (const wxString& n : odd) {
+    const std::string dir = "/mnt/C/" + n.utf8_string();
+    mkdir(dir.c_str(), 0755);
+    mkdir((dir + "/sub " + n.utf8_string()).c_str(), 0755);
+    vt::WriteFile(dir + "/in " + n.utf8_string() + ".txt", "x");
+  }
+  win->T()->Expand(C());
+  vt::Pump(50);
+  for (const wxString& n : odd) {
+    const wxTreeItemId item = win->TreeChild(C(), n);
+    ASSERT_TRUE(item.IsOk()) << n.utf8_string();
+    EXPECT_EQ(win->TreeData(item)->m_path, "/mnt/C/" + n);
+    EXPECT_TRUE(win->T()->ItemHasChildren(item));
+    win->T()->EnsureVisible(item);
+    vt::Pump(30);
+    win->DoubleClick(win->TreeItemPoint(item));
+    const wxString want = "/mnt/C/" + n + "/";
+    ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == want; }))
+        << n.utf8_string();
+    EXPECT_EQ(win->Column0(), (std::vector<wxString>{"..", "sub " + n, "in " + n + ".txt"}));
+    EXPECT_EQ(win->path->GetValue(), "C:\\" + n);
+    EXPECT_EQ(win->TreeChildren(item), std::vector<wxString>{"sub " + n});
+  }
+}
