@@ -23,7 +23,7 @@ class Properties_dialog : public wxDialog {
   void SetLocation(const wxString& displayPath);
   void ShowRunningCounts();  // "%d" files and folders, "%lld" bytes
   void ShowFileAndSize();    // grouped file count and "%s MB (%s)"
-  void ShowFolders();        // grouped folder count
+  void ShowFolders();        // "%d" folder count, while counting
   void ShowFinalCounts();    // all three, grouped
 
   // Re-enables the frame and destroys the dialog.
