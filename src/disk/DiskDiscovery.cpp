@@ -170,6 +170,18 @@ int DiskListFun(MyComputer* root, int readPartitions) {
   return count;
 }
 
+// The last steps of both disk probes: the geometry (its result does not
+// drop the disk) and, when asked, the partition table.
+static void ReadGeometryAndPartitions(int fd, HardDiskInformation* disk, int readPartitions) {
+  GetDiskCHSParameter(fd, disk, 0);
+  if (readPartitions == 1) {
+    free(disk->Partitions);
+    disk->Partitions = NULL;
+    disk->PartitionCount =
+        static_cast<uint16_t>(GetPartitionInformation(fd, disk->BytesPerSector, &disk->Partitions));
+  }
+}
+
 int GetIdeHardDisk(int fd, HardDiskInformation* disk, int readPartitions) {
   if (disk == NULL) return -1;
   unsigned char identify[512];
@@ -182,13 +194,7 @@ int GetIdeHardDisk(int fd, HardDiskInformation* disk, int readPartitions) {
   if (identify[99] & 0x01) flags |= DISK_FLAG_DMA;       // word 49 bit 8
   if (identify[99] & 0x02) flags |= DISK_FLAG_LBA;       // word 49 bit 9
   disk->Flags = flags;
-  GetDiskCHSParameter(fd, disk, 0);
-  if (readPartitions == 1) {
-    free(disk->Partitions);
-    disk->Partitions = NULL;
-    disk->PartitionCount =
-        static_cast<uint16_t>(GetPartitionInformation(fd, disk->BytesPerSector, &disk->Partitions));
-  }
+  ReadGeometryAndPartitions(fd, disk, readPartitions);
   return 0;
 }
 
@@ -216,13 +222,7 @@ int GetScsiHardDisk(int fd, HardDiskInformation* disk, SgInformation* sgList, in
       disk->Flags = static_cast<uint8_t>(sgList[i].Flags | DISK_FLAG_DMA | DISK_FLAG_LBA);
     }
   }
-  GetDiskCHSParameter(fd, disk, 0);
-  if (readPartitions == 1) {
-    free(disk->Partitions);
-    disk->Partitions = NULL;
-    disk->PartitionCount =
-        static_cast<uint16_t>(GetPartitionInformation(fd, disk->BytesPerSector, &disk->Partitions));
-  }
+  ReadGeometryAndPartitions(fd, disk, readPartitions);
   return 0;
 }
 
