@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 
 #include "common/gui_testing.h"
+#include "main_window_env.h"
 #include "dialogs/Properties_dialog.h"
 #include "shell/my_frame.h"
 #include "widgets/keln_BitmapButton.h"
@@ -30,14 +31,7 @@ class BrowserFrameTest : public ::testing::Test {
     vt::WriteFile("/mnt/C/docs/sub/b.bin", std::string(572864, 'b'));
     vt::WriteFile("/mnt/C/docs/sub/deeper/c.bin", std::string(1000000, 'c'));
     vt::WriteFile("/mnt/C/top.txt", std::string(24, 't'));
-    top = new wxFrame(nullptr, wxID_ANY, "Vantori");
-    top->SetClientSize(660, 540);
-    frame = new my_frame(top, wxID_ANY, "Vantori", wxPoint(0, 0), top->GetClientSize(),
-                         wxBORDER_NONE | wxTAB_TRAVERSAL | wxWANTS_CHARS);
-    top->Show();
-    frame->Show();
-    ASSERT_TRUE(vt::PumpUntil([&] { return frame->IsShownOnScreen(); }));
-    vt::Pump(100);
+    frame = vt::ShowMainFrame(top);
     list = frame->GetListCtrl();
     tree = frame->GetTreeCtrl();
   }

@@ -1,6 +1,7 @@
 // The properties dialog on its own (its fixed layout, the running figures the
 // folder walk writes into it, how the walk stops) and reached from the
 // context menus of the main frame's own tree and list.
+#include "main_window_env.h"
 #include "browser_env.h"
 
 #include <wx/button.h>
@@ -203,14 +204,7 @@ class PropertiesFromMenusTest : public ::testing::Test {
     vt::WriteFile("/mnt/C/pics/a.jpg", std::string(3000, 'a'));
     vt::WriteFile("/mnt/C/pics/2020/b.jpg", std::string(2000, 'b'));
     vt::WriteFile("/mnt/C/notes.txt", std::string(700, 'n'));
-    top = new wxFrame(nullptr, wxID_ANY, "Vantori");
-    top->SetClientSize(660, 540);
-    frame = new my_frame(top, wxID_ANY, "Vantori", wxPoint(0, 0), top->GetClientSize(),
-                         wxBORDER_NONE | wxTAB_TRAVERSAL | wxWANTS_CHARS);
-    top->Show();
-    frame->Show();
-    ASSERT_TRUE(vt::PumpUntil([&] { return frame->IsShownOnScreen(); }));
-    vt::Pump(100);
+    frame = vt::ShowMainFrame(top);
   }
   void TearDown() override {
     DestroyPropertiesDialogs();

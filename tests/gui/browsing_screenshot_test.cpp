@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <sys/stat.h>
 
+#include "main_window_env.h"
 #include "shell/my_frame.h"
 #include "widgets_pixels.h"
 
@@ -29,13 +30,8 @@ TEST(BrowsingScreenshot, MainWindowShowsAFolderOfDriveC) {
     vt::WriteFile(std::string("/mnt/C/Documents/") + f[0],
                   std::string(static_cast<size_t>(std::atol(f[1])), 'x'));
 
-  wxFrame* top = new wxFrame(nullptr, wxID_ANY, "Vantori");
-  top->SetClientSize(660, 540);
-  my_frame* frame = new my_frame(top, wxID_ANY, "Vantori", wxPoint(0, 0), top->GetClientSize(),
-                                 wxBORDER_NONE | wxTAB_TRAVERSAL | wxWANTS_CHARS);
-  top->Show();
-  frame->Show();
-  ASSERT_TRUE(vt::PumpUntil([&] { return frame->IsShownOnScreen(); }));
+  wxFrame* top = nullptr;
+  my_frame* frame = vt::ShowMainFrame(top);
 
   // Open the folder the way the copy command's follow-up does.
   frame->SetTargetPath("/mnt/C/Documents");

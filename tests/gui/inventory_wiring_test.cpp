@@ -13,6 +13,7 @@
 #include "common/test_support.h"
 #include "disk/View_Disk_Info.h"
 #include "shell/ModuleLifecycle.h"
+#include "main_window_env.h"
 #include "shell/my_frame.h"
 
 namespace {
@@ -31,8 +32,7 @@ class InventoryWiring : public ::testing::Test {
     fake->AddIdeDisk("/dev/hda", vt::MakeFatVolumesImage(dir, {"DATA", "BACKUP"}), "TEST DISK");
     // The inventory the module took when it was loaded saw no disk.
     g_AllDiskPartitionInf.UI_FreeMemory();
-    top = new wxFrame(nullptr, wxID_ANY, "Vantori");
-    top->SetClientSize(660, 540);
+    top = vt::NewHostWindow();
     top->Show();
   }
   void TearDown() override {

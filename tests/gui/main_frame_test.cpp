@@ -15,6 +15,7 @@
 #include "common/gui_testing.h"
 #include "common/stdout_capture.h"
 #include "common/test_support.h"
+#include "main_window_env.h"
 #include "dialogs/CInfoFrame.h"
 #include "help/KelnoraAboutDialog.h"
 #include "shell/my_frame.h"
@@ -48,14 +49,7 @@ class MainFrameTest : public ::testing::Test {
  protected:
   void SetUp() override {
     vt::InstallShippedSettings();
-    top = new wxFrame(nullptr, wxID_ANY, "Vantori");
-    top->SetClientSize(660, 540);
-    frame = new RecordingFrame(top, wxID_ANY, "Vantori", wxPoint(0, 0), top->GetClientSize(),
-                               wxBORDER_NONE | wxTAB_TRAVERSAL | wxWANTS_CHARS);
-    top->Show();
-    frame->Show();
-    ASSERT_TRUE(vt::PumpUntil([&] { return frame->IsShownOnScreen(); }));
-    vt::Pump(100);
+    frame = vt::ShowMainFrame<RecordingFrame>(top);
   }
   void TearDown() override {
     if (top) top->Destroy();
