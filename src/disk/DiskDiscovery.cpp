@@ -14,15 +14,9 @@
 #include <string.h>
 
 #include "disk/DeviceSeam.h"
+#include "disk/ScsiIoctl.h"
 #include "disk/PartitionTable.h"
 
-// Not every libc ships these two in <scsi/scsi_ioctl.h>.
-#ifndef SCSI_IOCTL_GET_PCI
-#define SCSI_IOCTL_GET_PCI 0x5387
-#endif
-#ifndef SCSI_IOCTL_PROBE_HOST
-#define SCSI_IOCTL_PROBE_HOST 0x5385
-#endif
 
 namespace {
 

@@ -35,17 +35,11 @@ void CCtrlConfig::UnInstance() {
 }
 
 CCtrlConfig::CCtrlConfig() : m_CtrlInfos(nullptr), m_pResCenter(nullptr) {
-  wxString path;
-  CResCenter::GetExeFilePath(path);
-  path += wxT("setting/vantori/controls.txt");
-
   m_CtrlInfos = new ArrayOfCtrl;
 
   wxTextFile file;
-  {
-    wxLogNull noLog;
-    if (!wxFileName::FileExists(path) || !file.Open(path, wxConvAuto())) return;
-  }
+  wxString path;
+  if (!OpenSettingsFile(wxT("controls.txt"), file, path)) return;
   std::printf("epen %s success!\n", static_cast<const char*>(path.utf8_str()));
   std::fflush(stdout);
 

@@ -17,17 +17,11 @@ WX_DEFINE_OBJARRAY(ArrayOfBitmap);
 namespace settings {
 
 CImageRes::CImageRes() : m_BitmapRes(nullptr) {
-  wxString path;
-  CResCenter::GetExeFilePath(path);
-  path += wxT("setting/vantori/resource.txt");
-
   m_BitmapRes = new ArrayOfBitmap;
 
   wxTextFile file;
-  {
-    wxLogNull noLog;
-    if (!wxFileName::FileExists(path) || !file.Open(path, wxConvAuto())) return;
-  }
+  wxString path;
+  if (!OpenSettingsFile(wxT("resource.txt"), file, path)) return;
   const size_t count = file.GetLineCount();
   for (size_t i = 1; i < count; ++i) {
     wxString s = file.GetLine(i).AfterFirst('\t');

@@ -23,17 +23,11 @@ CTextRes::CTextRes() : m_nLang(1) {
   (void)wxConfigBase::Get(false);
   (void)wxConfigBase::Get(false);
 
-  wxString path;
-  CResCenter::GetExeFilePath(path);
-  path += wxT("setting/vantori/text.txt");
-
   m_TextArr.Clear();
   wxTextFile file;
-  {
-    // A missing file leaves the table empty without any message.
-    wxLogNull noLog;
-    if (!wxFileName::FileExists(path) || !file.Open(path, wxConvAuto())) return;
-  }
+  wxString path;
+  // A missing file leaves the table empty without any message.
+  if (!OpenSettingsFile(wxT("text.txt"), file, path)) return;
   const size_t count = file.GetLineCount();
   for (size_t i = 1; i < count; ++i) m_TextArr.Add(TabColumn(file.GetLine(i), m_nLang));
   file.Close();

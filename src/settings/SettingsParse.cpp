@@ -1,6 +1,12 @@
 #include "settings/SettingsParse.h"
 
+#include <wx/convauto.h>
+#include <wx/filename.h>
+#include <wx/log.h>
+
 #include <climits>
+
+#include "settings/CResCenter.h"
 
 namespace settings {
 
@@ -44,6 +50,13 @@ void AppendNumberList(const wxString& list, wxArrayInt& out) {
     out.Add(LeadingNumber(rest.BeforeFirst('|')));
     rest = rest.AfterFirst('|');
   }
+}
+
+bool OpenSettingsFile(const wxString& name, wxTextFile& file, wxString& path) {
+  CResCenter::GetExeFilePath(path);
+  path += wxT("setting/vantori/") + name;
+  wxLogNull noLog;
+  return wxFileName::FileExists(path) && file.Open(path, wxConvAuto());
 }
 
 }  // namespace settings

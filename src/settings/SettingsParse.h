@@ -5,6 +5,7 @@
 #include <wx/arrstr.h>
 #include <wx/dynarray.h>
 #include <wx/string.h>
+#include <wx/textfile.h>
 
 namespace settings {
 
@@ -23,5 +24,10 @@ void NumberPair(const wxString& field, int& first, int& second);
 // "3|4|5" -> 3, 4, 5 appended to out; "5|" -> 5; "" -> nothing; an empty
 // piece between bars reads as 0.
 void AppendNumberList(const wxString& list, wxArrayInt& out);
+
+// Opens name under the executable's directory + "setting/vantori/" (the full
+// path goes to path) with automatic encoding detection; a missing or
+// unreadable file gives false and no message.
+bool OpenSettingsFile(const wxString& name, wxTextFile& file, wxString& path);
 
 }  // namespace settings

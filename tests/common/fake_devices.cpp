@@ -18,10 +18,8 @@
 #include <sstream>
 
 #include "disk/DeviceSeam.h"
+#include "disk/ScsiIoctl.h"
 
-#ifndef SCSI_IOCTL_GET_PCI
-#define SCSI_IOCTL_GET_PCI 0x5387
-#endif
 
 namespace vt {
 
@@ -60,15 +58,6 @@ uint32_t Le32(const unsigned char* p) {
   return p[0] | (p[1] << 8) | (p[2] << 16) | (static_cast<uint32_t>(p[3]) << 24);
 }
 
-void Put16(std::vector<uint8_t>& b, size_t off, uint32_t v) {
-  b[off] = v & 0xff;
-  b[off + 1] = (v >> 8) & 0xff;
-}
-void Put32(std::vector<uint8_t>& b, size_t off, uint32_t v) {
-  Put16(b, off, v & 0xffff);
-  Put16(b, off + 2, v >> 16);
-}
-
 std::string Hex(unsigned long v) {
   char buf[32];
   snprintf(buf, sizeof(buf), "0x%lx", v);
@@ -98,6 +87,15 @@ void FillInquiry(unsigned char* inquiry, const std::string& vendor, const std::s
 }
 
 }  // namespace
+
+void Put16(std::vector<uint8_t>& b, size_t off, uint32_t v) {
+  b[off] = v & 0xff;
+  b[off + 1] = (v >> 8) & 0xff;
+}
+void Put32(std::vector<uint8_t>& b, size_t off, uint32_t v) {
+  Put16(b, off, v & 0xffff);
+  Put16(b, off + 2, v >> 16);
+}
 
 // ---------------------------------------------------------------- set-up
 

@@ -193,6 +193,9 @@ struct MbrEntry {
   uint8_t endSector = 63;
 };
 
+// Little-endian 16- and 32-bit values written into b at off.
+void Put16(std::vector<uint8_t>& b, size_t off, uint32_t v);
+void Put32(std::vector<uint8_t>& b, size_t off, uint32_t v);
 // Creates (or extends) a sparse file of the given size.
 void MakeSparseFile(const std::string& path, uint64_t bytes);
 void WriteAt(const std::string& path, uint64_t offset, const std::vector<uint8_t>& bytes);

@@ -14,14 +14,8 @@ namespace {
 using vt::DirEntry;
 using vt::FatParams;
 
-void Put16(std::vector<uint8_t>& b, size_t off, uint32_t v) {
-  b[off] = v & 0xff;
-  b[off + 1] = (v >> 8) & 0xff;
-}
-void Put32(std::vector<uint8_t>& b, size_t off, uint32_t v) {
-  Put16(b, off, v & 0xffff);
-  Put16(b, off + 2, v >> 16);
-}
+using vt::Put16;
+using vt::Put32;
 
 // One partition, /dev/hda1, served from a byte range of an image.
 class Recognition : public ::testing::Test {
