@@ -275,4 +275,25 @@ class BrowserWindow {
   std::vector<int> codes;
 };
 
+// Folder and file names that must list and open like any other: blanks,
+// quotes, non-ASCII letters and a leading dot.
+inline std::vector<wxString> OddNames() {
+  return {wxString::FromUTF8("two words"), wxString::FromUTF8("it's \"q\""),
+          wxString::FromUTF8("\xc3\x9c" "ber \xe6\x96\x87"), wxString::FromUTF8(".hidden dir")};
+}
+
+// The list's columns read heads, widths and alignments, in this order.
+inline void ExpectColumns(wxListCtrl* list, const std::vector<wxString>& heads,
+                          const std::vector<int>& widths, const std::vector<int>& aligns) {
+  ASSERT_EQ(list->GetColumnCount(), static_cast<int>(heads.size()));
+  for (size_t c = 0; c < heads.size(); ++c) {
+    wxListItem col;
+    col.SetMask(wxLIST_MASK_TEXT | wxLIST_MASK_WIDTH | wxLIST_MASK_FORMAT);
+    list->GetColumn(static_cast<long>(c), col);
+    EXPECT_EQ(col.GetText(), heads[c]) << "column " << c;
+    EXPECT_EQ(col.GetWidth(), widths[c]) << "column " << c;
+    EXPECT_EQ(col.GetAlign(), aligns[c]) << "column " << c;
+  }
+}
+
 }  // namespace vt

@@ -75,19 +75,9 @@ class BrowserListTest : public ::testing::Test {
 TEST_F(BrowserListTest, DriveModeListsTheVolumes) {
   EXPECT_TRUE(win->list->GetCurrentListctrlPath().empty());
   EXPECT_FALSE(win->list->GetHasFolder());
-  ASSERT_EQ(win->L()->GetColumnCount(), 4);
-  const char* heads[] = {"Name", "Type", "Size", "Free Size"};
-  const int widths[] = {110, 90, 100, 120};
-  const int aligns[] = {wxLIST_FORMAT_LEFT, wxLIST_FORMAT_RIGHT, wxLIST_FORMAT_LEFT,
-                        wxLIST_FORMAT_LEFT};
-  for (int c = 0; c < 4; ++c) {
-    wxListItem col;
-    col.SetMask(wxLIST_MASK_TEXT | wxLIST_MASK_WIDTH | wxLIST_MASK_FORMAT);
-    win->L()->GetColumn(c, col);
-    EXPECT_EQ(col.GetText(), heads[c]);
-    EXPECT_EQ(col.GetWidth(), widths[c]);
-    EXPECT_EQ(col.GetAlign(), aligns[c]);
-  }
+  vt::ExpectColumns(win->L(), {"Name", "Type", "Size", "Free Size"}, {110, 90, 100, 120},
+                   {wxLIST_FORMAT_LEFT, wxLIST_FORMAT_RIGHT, wxLIST_FORMAT_LEFT,
+                    wxLIST_FORMAT_LEFT});
   ASSERT_EQ(win->Rows(), 3);
   EXPECT_EQ(win->Column0(), (std::vector<wxString>{"C:", "D:", "E:"}));
   for (int i = 0; i < 3; ++i)
@@ -122,19 +112,9 @@ TEST_F(BrowserListTest, DoubleClickOpensDriveAndListsFoldersFirst) {
   OpenC();
   EXPECT_TRUE(win->list->GetHasFolder());
   EXPECT_TRUE(win->Posted(425));
-  ASSERT_EQ(win->L()->GetColumnCount(), 4);
-  const char* heads[] = {"Name", "Size", "Type", "Modified"};
-  const int widths[] = {130, 80, 60, 130};
-  const int aligns[] = {wxLIST_FORMAT_LEFT, wxLIST_FORMAT_RIGHT, wxLIST_FORMAT_LEFT,
-                        wxLIST_FORMAT_LEFT};
-  for (int c = 0; c < 4; ++c) {
-    wxListItem col;
-    col.SetMask(wxLIST_MASK_TEXT | wxLIST_MASK_WIDTH | wxLIST_MASK_FORMAT);
-    win->L()->GetColumn(c, col);
-    EXPECT_EQ(col.GetText(), heads[c]);
-    EXPECT_EQ(col.GetWidth(), widths[c]);
-    EXPECT_EQ(col.GetAlign(), aligns[c]);
-  }
+  vt::ExpectColumns(win->L(), {"Name", "Size", "Type", "Modified"}, {130, 80, 60, 130},
+                   {wxLIST_FORMAT_LEFT, wxLIST_FORMAT_RIGHT, wxLIST_FORMAT_LEFT,
+                    wxLIST_FORMAT_LEFT});
   ASSERT_EQ(win->Rows(), 6);
   EXPECT_EQ(win->Cell(0, 0), "..");
   // Folders (rows 1, 2) above files (rows 3-5).
@@ -478,9 +458,7 @@ TEST_F(BrowserListTest, EmptyOrUnreadableFolderListsOnlyDotDot) {
 }
 
 TEST_F(BrowserListTest, OddNamesListAndOpen) {
-  const wxString odd[] = {wxString::FromUTF8("two words"), wxString::FromUTF8("it's \"q\""),
-                          wxString::FromUTF8("\xc3\x9c" "ber \xe6\x96\x87"),
-                          wxString::FromUTF8(".hidden dir")};
+  const std::vector<wxString> odd = vt::OddNames();
   for (const wxString& n : odd) {
     const std::string dir = "/mnt/C/" + n.utf8_string();
     mkdir(dir.c_str(), 0755);

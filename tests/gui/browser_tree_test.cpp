@@ -394,9 +394,7 @@ TEST_F(BrowserTreeTest, InnerTreeStyleColoursFilterAndDefaultPath) {
 }
 
 TEST_F(BrowserTreeTest, OddFolderNamesExpandAndOpenFromTheTree) {
-  const wxString odd[] = {wxString::FromUTF8("two words"), wxString::FromUTF8("it's \"q\""),
-                          wxString::FromUTF8("\xc3\x9c" "ber \xe6\x96\x87"),
-                          wxString::FromUTF8(".hidden dir")};
+  const std::vector<wxString> odd = vt::OddNames();
   for (const wxString& n : odd) {
     const std::string dir = "/mnt/C/" + n.utf8_string();
     mkdir(dir.c_str(), 0755);
