@@ -35,7 +35,8 @@ void L_listctrl::OnChar(wxKeyEvent& event) {
 void L_listctrl::OnMouseLeftDclick(wxMouseEvent& event) {
   if (m_owner != nullptr) {
     m_owner->NoteListClicked();
-    PostMyCustomCommand(this, m_owner->GetCurrentListctrlPath().empty() ? 424 : 425);
+    PostMyCustomCommand(this, m_owner->GetCurrentListctrlPath().empty() ? MYCMD_LIST_DISABLE_COPY
+                                                                        : MYCMD_LIST_ENABLE_COPY);
   }
   event.Skip();
 }
@@ -47,7 +48,8 @@ void L_listctrl::OnMouseRightDown(wxMouseEvent& event) {
   }
   m_owner->NoteListClicked();
   if (FirstSelected() > 0) {
-    PostMyCustomCommand(this, m_owner->GetCurrentListctrlPath().empty() ? 424 : 425);
+    PostMyCustomCommand(this, m_owner->GetCurrentListctrlPath().empty() ? MYCMD_LIST_DISABLE_COPY
+                                                                        : MYCMD_LIST_ENABLE_COPY);
     event.Skip();
   }
   // nothing selected, or only the ".." row: the press is swallowed

@@ -18,7 +18,8 @@ void L_treectrl::NotePress() {
   m_owner->SetIsLastFocus_treectrl(true);
   if (m_owner->GetListCtrlPoint() != nullptr)
     m_owner->GetListCtrlPoint()->SetIsLastFocus_listctrl(false);
-  PostMyCustomCommand(GetParent(), m_owner->GetSelIsFolder() ? 405 : 404);
+  PostMyCustomCommand(GetParent(),
+                      m_owner->GetSelIsFolder() ? MYCMD_TREE_ENABLE_COPY : MYCMD_TREE_DISABLE_COPY);
 }
 
 void L_treectrl::OnMouseLeftDclick(wxMouseEvent& event) {

@@ -45,10 +45,10 @@ BEGIN_EVENT_TABLE(my_DirTreeCtrl, wxControl)
   EVT_TREE_ITEM_ACTIVATED(kTreeId, my_DirTreeCtrl::OnItemActivated)
   EVT_TREE_SEL_CHANGED(kTreeId, my_DirTreeCtrl::OnSelChanged)
   EVT_SIZE(my_DirTreeCtrl::OnSize)
-  EVT_MENU(400, my_DirTreeCtrl::OnCopy)
-  EVT_MENU(401, my_DirTreeCtrl::OnAbout)
-  EVT_MENU(402, my_DirTreeCtrl::OnSelectAll)
-  EVT_MENU(403, my_DirTreeCtrl::OnProperties)
+  EVT_MENU(MYCMD_TREE_COPY, my_DirTreeCtrl::OnCopy)
+  EVT_MENU(MYCMD_TREE_ABOUT, my_DirTreeCtrl::OnAbout)
+  EVT_MENU(MYCMD_TREE_SELECT_ALL, my_DirTreeCtrl::OnSelectAll)
+  EVT_MENU(MYCMD_TREE_PROPERTIES, my_DirTreeCtrl::OnProperties)
 END_EVENT_TABLE()
 
 my_DirTreeCtrl::my_DirTreeCtrl() { Init(); }
@@ -346,7 +346,8 @@ bool my_DirTreeCtrl::ExtractWildcard(const wxString& filterSpec, int n, wxString
 void my_DirTreeCtrl::SetFocus() {
   m_isLastFocus = true;
   if (m_listCtrl != nullptr) m_listCtrl->SetIsLastFocus_listctrl(false);
-  PostMyCustomCommand(m_parentWindow, m_selIsFolder ? 405 : 404);
+  PostMyCustomCommand(m_parentWindow,
+                      m_selIsFolder ? MYCMD_TREE_ENABLE_COPY : MYCMD_TREE_DISABLE_COPY);
   if (m_treeCtrl != nullptr) m_treeCtrl->SetFocus();
 }
 
@@ -452,10 +453,10 @@ void my_DirTreeCtrl::OnSelChanged(wxTreeEvent& event) {
   my_TreeItemData* data = DataOf(event.GetItem());
   if (data == nullptr) return;
   if (!data->m_isSection) {
-    PostMyCustomCommand(m_parentWindow, 405);
+    PostMyCustomCommand(m_parentWindow, MYCMD_TREE_ENABLE_COPY);
     m_selIsFolder = true;
   } else {
-    PostMyCustomCommand(m_parentWindow, 404);
+    PostMyCustomCommand(m_parentWindow, MYCMD_TREE_DISABLE_COPY);
     m_selIsFolder = false;
   }
 }
@@ -475,11 +476,11 @@ void my_DirTreeCtrl::OnItemMenu(wxTreeEvent& event) {
 
 wxMenu* my_DirTreeCtrl::CreateItemMenu() const {
   wxMenu* menu = new wxMenu;
-  menu->Append(400, wxGetTranslation("&Copy..."));
-  menu->Append(402, wxGetTranslation("&Select All..."));
+  menu->Append(MYCMD_TREE_COPY, wxGetTranslation("&Copy..."));
+  menu->Append(MYCMD_TREE_SELECT_ALL, wxGetTranslation("&Select All..."));
   menu->AppendSeparator();
-  menu->Append(403, wxGetTranslation("&Properties"));
-  menu->Enable(402, false);
+  menu->Append(MYCMD_TREE_PROPERTIES, wxGetTranslation("&Properties"));
+  menu->Enable(MYCMD_TREE_SELECT_ALL, false);
   return menu;
 }
 
@@ -496,11 +497,15 @@ void my_DirTreeCtrl::ShowMenu(wxTreeItemId id, const wxPoint& pt) {
   delete menu;
 }
 
-void my_DirTreeCtrl::OnCopy(wxCommandEvent& WXUNUSED(event)) { PostMyCustomCommand(this, 400); }
-void my_DirTreeCtrl::OnAbout(wxCommandEvent& WXUNUSED(event)) { PostMyCustomCommand(this, 401); }
+void my_DirTreeCtrl::OnCopy(wxCommandEvent& WXUNUSED(event)) {
+  PostMyCustomCommand(this, MYCMD_TREE_COPY);
+}
+void my_DirTreeCtrl::OnAbout(wxCommandEvent& WXUNUSED(event)) {
+  PostMyCustomCommand(this, MYCMD_TREE_ABOUT);
+}
 void my_DirTreeCtrl::OnSelectAll(wxCommandEvent& WXUNUSED(event)) {
-  PostMyCustomCommand(this, 402);
+  PostMyCustomCommand(this, MYCMD_TREE_SELECT_ALL);
 }
 void my_DirTreeCtrl::OnProperties(wxCommandEvent& WXUNUSED(event)) {
-  PostMyCustomCommand(this, 403);
+  PostMyCustomCommand(this, MYCMD_TREE_PROPERTIES);
 }

@@ -1,7 +1,7 @@
 // The source directory tree: one root per mounted volume ("C:", "D:", ...),
 // folders read lazily on expansion in directory order. It fills the source
 // file list and the frame's path field, and tells the frame through custom
-// command codes 400 to 405 what is current and what the user chose.
+// command codes 400 to 405 (MYCMD_TREE_*) what is current and what the user chose.
 #pragma once
 
 #include <wx/control.h>

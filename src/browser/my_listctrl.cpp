@@ -32,10 +32,10 @@ BEGIN_EVENT_TABLE(my_listctrl, wxControl)
   EVT_LIST_ITEM_DESELECTED(kListId, my_listctrl::OnDeselected)
   EVT_LIST_KEY_DOWN(kListId, my_listctrl::OnListKeyDown)
   EVT_LIST_ITEM_FOCUSED(kListId, my_listctrl::OnFocused)
-  EVT_MENU(421, my_listctrl::OnAbout)
-  EVT_MENU(422, my_listctrl::OnSelectAll)
-  EVT_MENU(420, my_listctrl::OnCopy)
-  EVT_MENU(423, my_listctrl::OnProperties)
+  EVT_MENU(MYCMD_LIST_ABOUT, my_listctrl::OnAbout)
+  EVT_MENU(MYCMD_LIST_SELECT_ALL, my_listctrl::OnSelectAll)
+  EVT_MENU(MYCMD_LIST_COPY, my_listctrl::OnCopy)
+  EVT_MENU(MYCMD_LIST_PROPERTIES, my_listctrl::OnProperties)
   EVT_SIZE(my_listctrl::OnSize)
   EVT_CONTEXT_MENU(my_listctrl::OnContextMenu)
   EVT_CHAR(my_listctrl::OnChar)
@@ -88,7 +88,7 @@ bool my_listctrl::Create(wxWindow* parent, int id, const wxPoint& pos, const wxS
   m_list->SetImageList(m_imageListSmall, wxIMAGE_LIST_SMALL);
   InitColumnUpDown();
   InitParttionList();
-  PostMyCustomCommand(this, 424);
+  PostMyCustomCommand(this, MYCMD_LIST_DISABLE_COPY);
   m_hasFolder = false;
   SetInitialSize(size);
   return true;
@@ -281,7 +281,7 @@ void my_listctrl::SetFocus() {
   m_isLastFocus = true;
   if (m_tree != nullptr) m_tree->SetIsLastFocus_treectrl(false);
   m_hasFolder = !m_currentPath.empty();
-  PostMyCustomCommand(this, m_hasFolder ? 425 : 424);
+  PostMyCustomCommand(this, m_hasFolder ? MYCMD_LIST_ENABLE_COPY : MYCMD_LIST_DISABLE_COPY);
   if (m_list != nullptr) m_list->SetFocus();
 }
 
@@ -319,7 +319,7 @@ void my_listctrl::OnListDoubleClick(wxListEvent& event) {
     p = VolumeMountPoint(static_cast<int>(i));
     InitColumnItems();
     m_partitionIndex = static_cast<int>(i);
-    PostMyCustomCommand(this, 425);
+    PostMyCustomCommand(this, MYCMD_LIST_ENABLE_COPY);
     m_hasFolder = true;
   }
   p += "/";
@@ -359,7 +359,7 @@ void my_listctrl::OnUpList(wxCommandEvent& WXUNUSED(event)) {
       if (index >= 0) m_partitionIndex = index;
     }
     InitParttionList();  // selects the partition index row
-    PostMyCustomCommand(this, 424);
+    PostMyCustomCommand(this, MYCMD_LIST_DISABLE_COPY);
     m_hasFolder = false;
     return;
   }
@@ -410,11 +410,17 @@ void my_listctrl::OnListKeyDown(wxListEvent& event) {
 
 void my_listctrl::OnFocused(wxListEvent& event) { event.Skip(); }
 
-void my_listctrl::OnAbout(wxCommandEvent& WXUNUSED(event)) { PostMyCustomCommand(this, 421); }
-void my_listctrl::OnSelectAll(wxCommandEvent& WXUNUSED(event)) { PostMyCustomCommand(this, 422); }
-void my_listctrl::OnCopy(wxCommandEvent& WXUNUSED(event)) { PostMyCustomCommand(this, 420); }
+void my_listctrl::OnAbout(wxCommandEvent& WXUNUSED(event)) {
+  PostMyCustomCommand(this, MYCMD_LIST_ABOUT);
+}
+void my_listctrl::OnSelectAll(wxCommandEvent& WXUNUSED(event)) {
+  PostMyCustomCommand(this, MYCMD_LIST_SELECT_ALL);
+}
+void my_listctrl::OnCopy(wxCommandEvent& WXUNUSED(event)) {
+  PostMyCustomCommand(this, MYCMD_LIST_COPY);
+}
 void my_listctrl::OnProperties(wxCommandEvent& WXUNUSED(event)) {
-  PostMyCustomCommand(this, 423);
+  PostMyCustomCommand(this, MYCMD_LIST_PROPERTIES);
 }
 
 void my_listctrl::OnSize(wxSizeEvent& event) {
@@ -424,10 +430,10 @@ void my_listctrl::OnSize(wxSizeEvent& event) {
 
 wxMenu* my_listctrl::CreateContextMenu() const {
   wxMenu* menu = new wxMenu;
-  menu->Append(420, wxGetTranslation("&Copy..."), wxString());
-  menu->Append(422, wxGetTranslation("&Select All..."), wxString());
+  menu->Append(MYCMD_LIST_COPY, wxGetTranslation("&Copy..."), wxString());
+  menu->Append(MYCMD_LIST_SELECT_ALL, wxGetTranslation("&Select All..."), wxString());
   menu->AppendSeparator();
-  menu->Append(423, wxGetTranslation("&Properties"), wxString());
+  menu->Append(MYCMD_LIST_PROPERTIES, wxGetTranslation("&Properties"), wxString());
   return menu;
 }
 

@@ -6,13 +6,17 @@
 
 extern const wxEventType wxEVT_MY_CUSTOM_COMMAND;
 
-// Command codes carried in the event id.
+// Command codes carried in the event id. The tree's and the list's context
+// menus use the same numbers as their menu item ids.
 enum {
   MYCMD_TREE_COPY = 400,
+  MYCMD_TREE_ABOUT = 401,       // the tree's About entry (no menu item carries it)
+  MYCMD_TREE_SELECT_ALL = 402,  // the tree's "&Select All...", always disabled
   MYCMD_TREE_PROPERTIES = 403,
   MYCMD_TREE_DISABLE_COPY = 404,
   MYCMD_TREE_ENABLE_COPY = 405,
   MYCMD_LIST_COPY = 420,
+  MYCMD_LIST_ABOUT = 421,  // the list's About entry (no menu item carries it)
   MYCMD_LIST_SELECT_ALL = 422,
   MYCMD_LIST_PROPERTIES = 423,
   MYCMD_LIST_DISABLE_COPY = 424,

@@ -100,24 +100,24 @@ TEST_F(BrowserFrameTest, TreeAndListSitInTheSplitter) {
 }
 
 TEST_F(BrowserFrameTest, EnableAndDisableCodes) {
-  Post(405);
+  Post(MYCMD_TREE_ENABLE_COPY);
   EXPECT_TRUE(frame->GetCopyButton()->IsEnabled());
   EXPECT_TRUE(UpEnabled());
-  Post(424);
+  Post(MYCMD_LIST_DISABLE_COPY);
   EXPECT_FALSE(frame->GetCopyButton()->IsEnabled());
   EXPECT_FALSE(UpEnabled());
   // 404 then 405: both enabled, though Up was disabled before 404.
-  Post(404);
+  Post(MYCMD_TREE_DISABLE_COPY);
   EXPECT_FALSE(frame->GetCopyButton()->IsEnabled());
   EXPECT_FALSE(UpEnabled());
-  Post(405);
+  Post(MYCMD_TREE_ENABLE_COPY);
   EXPECT_TRUE(frame->GetCopyButton()->IsEnabled());
   EXPECT_TRUE(UpEnabled());
   // 404 leaves Up as it is.
-  Post(404);
+  Post(MYCMD_TREE_DISABLE_COPY);
   EXPECT_FALSE(frame->GetCopyButton()->IsEnabled());
   EXPECT_TRUE(UpEnabled());
-  Post(425);
+  Post(MYCMD_LIST_ENABLE_COPY);
   EXPECT_TRUE(frame->GetCopyButton()->IsEnabled());
   EXPECT_TRUE(UpEnabled());
   Post(999);  // unknown codes are ignored
@@ -128,8 +128,8 @@ TEST_F(BrowserFrameTest, CopyCodesGoToTheCopyCommandAlike) {
   ShowC();
   Select("docs");
   const std::vector<wxString> before = {list->GetCurrentListctrlPath()};
-  Post(400);
-  Post(420);
+  Post(MYCMD_TREE_COPY);
+  Post(MYCMD_LIST_COPY);
   vt::Pump(50);
   EXPECT_EQ(list->GetCurrentListctrlPath(), before[0]);
   EXPECT_TRUE(vt::UnexpectedDialogs().empty());
@@ -137,7 +137,7 @@ TEST_F(BrowserFrameTest, CopyCodesGoToTheCopyCommandAlike) {
 
 TEST_F(BrowserFrameTest, SelectAllCode) {
   ShowC();
-  Post(422);
+  Post(MYCMD_LIST_SELECT_ALL);
   const long n = list->GetListCtrl()->GetItemCount();
   EXPECT_EQ(list->GetListCtrl()->GetSelectedItemCount(), n - 1);
   EXPECT_EQ(list->GetListCtrl()->GetItemState(0, wxLIST_STATE_SELECTED), 0);
@@ -149,7 +149,7 @@ TEST_F(BrowserFrameTest, UpButtonGoesUpOneLevel) {
   list->Refresh_column(0);
   list->Read_FileDir_Array("/mnt/C/docs/");
   list->List_FileTable();
-  Post(425);
+  Post(MYCMD_LIST_ENABLE_COPY);
   ASSERT_TRUE(UpEnabled());
   wxUIActionSimulator sim;
   wxRect r = frame->GetUpButton()->GetScreenRect();
@@ -169,7 +169,7 @@ TEST_F(BrowserFrameTest, UpButtonGoesUpOneLevel) {
 
 TEST_F(BrowserFrameTest, RefreshShowsTheDrivesAgainAndDisablesCopyAndUp) {
   ShowC();
-  Post(425);
+  Post(MYCMD_LIST_ENABLE_COPY);
   ASSERT_TRUE(frame->GetCopyButton()->IsEnabled());
   wxCommandEvent ev(wxEVT_BUTTON, ID_MYFRAME_REFRESH);
   frame->GetEventHandler()->ProcessEvent(ev);
@@ -185,7 +185,7 @@ TEST_F(BrowserFrameTest, RefreshShowsTheDrivesAgainAndDisablesCopyAndUp) {
 
 TEST_F(BrowserFrameTest, OpenTargetCodeShowsTheFolder) {
   frame->SetTargetPath("/mnt/C/docs");
-  Post(1401);
+  Post(MYCMD_OPEN_TARGET);
   EXPECT_EQ(list->GetCurrentListctrlPath(), "/mnt/C/docs/");
   EXPECT_EQ(tree->GetPath(), "/mnt/C/docs");
   EXPECT_EQ(frame->GetPathBox()->GetValue(), "C:\\docs");
@@ -196,7 +196,7 @@ TEST_F(BrowserFrameTest, PropertiesOfTheListSelection) {
   ShowC();
   Select("docs");
   Select("top.txt");
-  Post(423);
+  Post(MYCMD_LIST_PROPERTIES);
   Properties_dialog* d = OpenDialog();
   ASSERT_NE(d, nullptr);
   EXPECT_EQ(d->GetTitle(), "Properties");
@@ -220,7 +220,7 @@ TEST_F(BrowserFrameTest, PropertiesOfTheListSelection) {
 TEST_F(BrowserFrameTest, PropertiesOfTheTreeFolderAndTheCloseBox) {
   tree->SetPath("/mnt/C/docs/sub");
   ASSERT_EQ(tree->GetPath(), "/mnt/C/docs/sub");
-  Post(403);
+  Post(MYCMD_TREE_PROPERTIES);
   Properties_dialog* d = OpenDialog();
   ASSERT_NE(d, nullptr);
   EXPECT_EQ(d->m_locationText->GetValue(), "C:\\docs\\sub");
@@ -235,7 +235,7 @@ TEST_F(BrowserFrameTest, PropertiesOfTheTreeFolderAndTheCloseBox) {
 
 TEST_F(BrowserFrameTest, PropertiesUnderOneMebibyte) {
   tree->SetPath("/mnt/C/docs/sub/deeper");
-  Post(403);
+  Post(MYCMD_TREE_PROPERTIES);
   Properties_dialog* d = OpenDialog();
   ASSERT_NE(d, nullptr);
   EXPECT_EQ(d->m_sizeText->GetLabel(), "0 MB (1,000,000)");
@@ -266,7 +266,7 @@ TEST_F(BrowserFrameTest, CancelStopsALongCount) {
     wxCommandEvent close(wxEVT_BUTTON, 204);
     d->GetEventHandler()->ProcessEvent(close);
   });
-  Post(403);
+  Post(MYCMD_TREE_PROPERTIES);
   vt::Pump(50);
   EXPECT_TRUE(sawCounting);
   EXPECT_GE(seenFolders, 0);

@@ -93,7 +93,7 @@ TEST_F(BrowserListTest, DriveModeListsTheVolumes) {
   // Row of the partition index (0) is selected and focused; 424 was posted.
   EXPECT_EQ(win->Selected(), std::vector<long>{0});
   EXPECT_EQ(win->Focused(), 0);
-  EXPECT_TRUE(win->Posted(424));
+  EXPECT_TRUE(win->Posted(MYCMD_LIST_DISABLE_COPY));
 }
 
 TEST_F(BrowserListTest, ImageListsHoldTheFixedImages) {
@@ -111,7 +111,7 @@ TEST_F(BrowserListTest, DoubleClickOpensDriveAndListsFoldersFirst) {
   win->codes.clear();
   OpenC();
   EXPECT_TRUE(win->list->GetHasFolder());
-  EXPECT_TRUE(win->Posted(425));
+  EXPECT_TRUE(win->Posted(MYCMD_LIST_ENABLE_COPY));
   vt::ExpectColumns(win->L(), {"Name", "Size", "Type", "Modified"}, {130, 80, 60, 130},
                    {wxLIST_FORMAT_LEFT, wxLIST_FORMAT_RIGHT, wxLIST_FORMAT_LEFT,
                     wxLIST_FORMAT_LEFT});
@@ -185,7 +185,7 @@ TEST_F(BrowserListTest, WalkDownAndUpWithDoubleClickEnterDotDotAndBackspace) {
   ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath().empty(); }));
   EXPECT_EQ(win->Column0(), (std::vector<wxString>{"C:", "D:", "E:"}));
   EXPECT_EQ(win->Selected(), std::vector<long>{0});
-  EXPECT_TRUE(win->Posted(424));
+  EXPECT_TRUE(win->Posted(MYCMD_LIST_DISABLE_COPY));
   EXPECT_FALSE(win->list->GetHasFolder());
 }
 
@@ -298,14 +298,14 @@ TEST_F(BrowserListTest, DotDotRowCannotStaySelectedByClicking) {
 TEST_F(BrowserListTest, ClicksTellTheFrameTheMode) {
   win->codes.clear();
   win->Click(win->RowPoint(1));
-  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(424); }));
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(MYCMD_LIST_DISABLE_COPY); }));
   EXPECT_TRUE(win->list->GetIsLastFocus_listctrl());
   EXPECT_FALSE(win->tree->GetIsLastFocus_treectrl());
   OpenC();
   win->codes.clear();
   win->Click(win->RowPoint(3));
-  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(425); }));
-  EXPECT_FALSE(win->Posted(424));
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(MYCMD_LIST_ENABLE_COPY); }));
+  EXPECT_FALSE(win->Posted(MYCMD_LIST_DISABLE_COPY));
 }
 
 TEST_F(BrowserListTest, ContextMenuOnFolderModeAndItsCommands) {
@@ -317,13 +317,14 @@ TEST_F(BrowserListTest, ContextMenuOnFolderModeAndItsCommands) {
   win->codes.clear();
   win->Click(win->RowPoint(3), wxMOUSE_BTN_RIGHT);
   ASSERT_EQ(win->list->menus.popups, 1);
-  EXPECT_EQ(win->list->menus.ids, (std::vector<int>{420, 422, wxID_SEPARATOR, 423}));
+  EXPECT_EQ(win->list->menus.ids, (std::vector<int>{MYCMD_LIST_COPY, MYCMD_LIST_SELECT_ALL,
+                                                    wxID_SEPARATOR, MYCMD_LIST_PROPERTIES}));
   EXPECT_EQ(win->list->menus.labels[0], "&Copy...");
   EXPECT_EQ(win->list->menus.labels[1], "&Select All...");
   EXPECT_EQ(win->list->menus.labels[3], "&Properties");
-  EXPECT_TRUE(win->Posted(425));
+  EXPECT_TRUE(win->Posted(MYCMD_LIST_ENABLE_COPY));
   // Each entry posts its own code.
-  for (int id : {420, 422, 423, 421}) {
+  for (int id : {MYCMD_LIST_COPY, MYCMD_LIST_SELECT_ALL, MYCMD_LIST_PROPERTIES, MYCMD_LIST_ABOUT}) {
     win->codes.clear();
     wxCommandEvent ev(wxEVT_MENU, id);
     win->list->GetEventHandler()->ProcessEvent(ev);
@@ -342,8 +343,8 @@ TEST_F(BrowserListTest, RightPressWithOnlyDotDotSelectedIsSwallowed) {
   win->codes.clear();
   const int before = win->list->menus.popups;
   win->Click(win->RowPoint(4), wxMOUSE_BTN_RIGHT);
-  EXPECT_FALSE(win->Posted(424));
-  EXPECT_FALSE(win->Posted(425));
+  EXPECT_FALSE(win->Posted(MYCMD_LIST_DISABLE_COPY));
+  EXPECT_FALSE(win->Posted(MYCMD_LIST_ENABLE_COPY));
   EXPECT_EQ(win->list->menus.popups, before) << "the press must not reach the list";
   EXPECT_TRUE(win->Selected().empty());
 }
@@ -359,15 +360,15 @@ TEST_F(BrowserListTest, DotDotRowSelectedFromCodeIsTakenBackAndRightPressSwallow
   win->codes.clear();
   const int before = win->list->menus.popups;
   win->Click(win->RowPoint(4), wxMOUSE_BTN_RIGHT);
-  EXPECT_FALSE(win->Posted(424));
-  EXPECT_FALSE(win->Posted(425));
+  EXPECT_FALSE(win->Posted(MYCMD_LIST_DISABLE_COPY));
+  EXPECT_FALSE(win->Posted(MYCMD_LIST_ENABLE_COPY));
   EXPECT_EQ(win->list->menus.popups, before) << "the press must not reach the list";
   EXPECT_TRUE(win->Selected().empty()) << "the press did not select row 4";
   // With a real row selected the same press goes on and posts the mode.
   win->Click(win->RowPoint(4));
   win->codes.clear();
   win->Click(win->RowPoint(4), wxMOUSE_BTN_RIGHT);
-  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(425); }));
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(MYCMD_LIST_ENABLE_COPY); }));
   EXPECT_EQ(win->list->menus.popups, before + 1);
 }
 
@@ -429,8 +430,8 @@ TEST_F(BrowserListTest, SetFocusTellsTheModeAndTakesTheFlagFromTheTree) {
   EXPECT_TRUE(win->list->GetIsLastFocus_listctrl());
   EXPECT_FALSE(win->tree->GetIsLastFocus_treectrl());
   EXPECT_FALSE(win->list->GetHasFolder());
-  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(424); }));
-  EXPECT_FALSE(win->Posted(425));
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(MYCMD_LIST_DISABLE_COPY); }));
+  EXPECT_FALSE(win->Posted(MYCMD_LIST_ENABLE_COPY));
   EXPECT_TRUE(HasKeyboardFocus(win->L()));
   // Folder mode: 425.
   OpenC();
@@ -439,8 +440,8 @@ TEST_F(BrowserListTest, SetFocusTellsTheModeAndTakesTheFlagFromTheTree) {
   win->codes.clear();
   win->list->SetFocus();
   EXPECT_TRUE(win->list->GetHasFolder());
-  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(425); }));
-  EXPECT_FALSE(win->Posted(424));
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(MYCMD_LIST_ENABLE_COPY); }));
+  EXPECT_FALSE(win->Posted(MYCMD_LIST_DISABLE_COPY));
   EXPECT_TRUE(win->list->GetIsLastFocus_listctrl());
   EXPECT_FALSE(win->tree->GetIsLastFocus_treectrl());
   EXPECT_TRUE(HasKeyboardFocus(win->L()));

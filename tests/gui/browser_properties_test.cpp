@@ -230,7 +230,7 @@ TEST_F(PropertiesFromMenusTest, TreeMenuPropertiesCountsTheSelectedFolder) {
   my_DirTreeCtrl* tree = frame->GetTreeCtrl();
   tree->SetPath("/mnt/C/pics");
   ASSERT_EQ(tree->GetPath(), "/mnt/C/pics");
-  ChooseMenuEntry(tree, 403);
+  ChooseMenuEntry(tree, MYCMD_TREE_PROPERTIES);
   // The tree posts the code; it travels up to the frame, which counts.
   ASSERT_TRUE(vt::PumpUntil([] {
     Properties_dialog* d = OpenPropertiesDialog();
@@ -262,7 +262,7 @@ TEST_F(PropertiesFromMenusTest, ListMenuPropertiesCountsTheSelectedRows) {
     if (rows->GetItemText(i) == "pics" || rows->GetItemText(i) == "notes.txt")
       rows->SetItemState(i, wxLIST_STATE_SELECTED, wxLIST_STATE_SELECTED);
   ASSERT_EQ(rows->GetSelectedItemCount(), 2);
-  ChooseMenuEntry(list, 423);
+  ChooseMenuEntry(list, MYCMD_LIST_PROPERTIES);
   ASSERT_TRUE(vt::PumpUntil([] {
     Properties_dialog* d = OpenPropertiesDialog();
     return d != nullptr && d->m_status == 11;
@@ -278,7 +278,7 @@ TEST_F(PropertiesFromMenusTest, ListMenuPropertiesCountsTheSelectedRows) {
 TEST_F(PropertiesFromMenusTest, ListMenuSelectAllSelectsEveryRowButDotDot) {
   my_listctrl* list = frame->GetListCtrl();
   list->Copy_Refresh_Filelisttabel("/mnt/C");
-  ChooseMenuEntry(list, 422);
+  ChooseMenuEntry(list, MYCMD_LIST_SELECT_ALL);
   wxListCtrl* rows = list->GetListCtrl();
   ASSERT_TRUE(vt::PumpUntil([&] { return rows->GetSelectedItemCount() > 0; }));
   EXPECT_EQ(rows->GetSelectedItemCount(), rows->GetItemCount() - 1);
@@ -340,7 +340,7 @@ TEST_F(PropertiesFromMenusTest, CloseWithTheMouseStopsALongCountOfTheTreeFolder)
   {
     // The dialog must be where the mouse will go.
     CloseDuringCount closer(40);
-    ChooseMenuEntry(tree, 403);
+    ChooseMenuEntry(tree, MYCMD_TREE_PROPERTIES);
     ASSERT_TRUE(vt::PumpUntil([&] { return closer.clicked && OpenPropertiesDialog() == nullptr; }))
         << "clicked " << closer.clicked << " at " << closer.countAtClick;
     EXPECT_TRUE(closer.countingAtClick);
@@ -363,7 +363,7 @@ TEST_F(PropertiesFromMenusTest, CloseWithTheMouseStopsALongCountOfTheListSelecti
   ASSERT_EQ(rows->GetSelectedItemCount(), 2);
   {
     CloseDuringCount closer(40);
-    ChooseMenuEntry(list, 423);
+    ChooseMenuEntry(list, MYCMD_LIST_PROPERTIES);
     ASSERT_TRUE(vt::PumpUntil([&] { return closer.clicked && OpenPropertiesDialog() == nullptr; }))
         << "clicked " << closer.clicked << " at " << closer.countAtClick;
     EXPECT_TRUE(closer.countingAtClick);

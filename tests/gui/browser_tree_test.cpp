@@ -272,13 +272,14 @@ TEST_F(BrowserTreeTest, ItemMenuOnFoldersOnly) {
   wxTreeItemId alpha = win->TreeChild(C(), "alpha");
   win->Click(win->TreeItemPoint(alpha), wxMOUSE_BTN_RIGHT);
   ASSERT_EQ(win->tree->menus.popups, 1);
-  EXPECT_EQ(win->tree->menus.ids, (std::vector<int>{400, 402, wxID_SEPARATOR, 403}));
+  EXPECT_EQ(win->tree->menus.ids, (std::vector<int>{MYCMD_TREE_COPY, MYCMD_TREE_SELECT_ALL,
+                                                    wxID_SEPARATOR, MYCMD_TREE_PROPERTIES}));
   EXPECT_EQ(win->tree->menus.labels[0], "&Copy...");
   EXPECT_EQ(win->tree->menus.labels[1], "&Select All...");
   EXPECT_EQ(win->tree->menus.labels[3], "&Properties");
   EXPECT_EQ(win->tree->menus.enabled, (std::vector<bool>{true, false, true, true}));
   EXPECT_EQ(win->T()->GetSelection(), alpha);
-  for (int id : {400, 401, 402, 403}) {
+  for (int id : {MYCMD_TREE_COPY, MYCMD_TREE_ABOUT, MYCMD_TREE_SELECT_ALL, MYCMD_TREE_PROPERTIES}) {
     win->codes.clear();
     wxCommandEvent ev(wxEVT_MENU, id);
     win->tree->GetEventHandler()->ProcessEvent(ev);
@@ -293,19 +294,19 @@ TEST_F(BrowserTreeTest, SelectionPostsRootOrFolderOnlyAfterTheTreeHadFocus) {
   win->codes.clear();
   win->T()->SelectItem(alpha);
   vt::Pump(50);
-  EXPECT_FALSE(win->Posted(405)) << "the tree has not had the focus";
+  EXPECT_FALSE(win->Posted(MYCMD_TREE_ENABLE_COPY)) << "the tree has not had the focus";
   // A press on the tree: it becomes the last focused pane.
   win->Click(win->TreeItemPoint(C()));
   EXPECT_TRUE(win->tree->GetIsLastFocus_treectrl());
   EXPECT_FALSE(win->list->GetIsLastFocus_listctrl());
-  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(404); }));
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(MYCMD_TREE_DISABLE_COPY); }));
   win->codes.clear();
   win->T()->SelectItem(alpha);
-  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(405); }));
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(MYCMD_TREE_ENABLE_COPY); }));
   EXPECT_TRUE(win->tree->GetSelIsFolder());
   win->codes.clear();
   win->T()->SelectItem(C());
-  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(404); }));
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(MYCMD_TREE_DISABLE_COPY); }));
   EXPECT_FALSE(win->tree->GetSelIsFolder());
   // SetFocus: the tree takes the focus flag from the list and posts again.
   win->list->SetIsLastFocus_listctrl(true);
@@ -314,7 +315,7 @@ TEST_F(BrowserTreeTest, SelectionPostsRootOrFolderOnlyAfterTheTreeHadFocus) {
   win->tree->SetFocus();
   EXPECT_TRUE(win->tree->GetIsLastFocus_treectrl());
   EXPECT_FALSE(win->list->GetIsLastFocus_listctrl());
-  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(404); }));
+  EXPECT_TRUE(vt::PumpUntil([&] { return win->Posted(MYCMD_TREE_DISABLE_COPY); }));
 }
 
 TEST_F(BrowserTreeTest, RebuildAfterRemountTakesTheNewVolumes) {

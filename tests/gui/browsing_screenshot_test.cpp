@@ -35,7 +35,7 @@ TEST(BrowsingScreenshot, MainWindowShowsAFolderOfDriveC) {
 
   // Open the folder the way the copy command's follow-up does.
   frame->SetTargetPath("/mnt/C/Documents");
-  wxCommandEvent open(wxEVT_MY_CUSTOM_COMMAND, 1401);
+  wxCommandEvent open(wxEVT_MY_CUSTOM_COMMAND, MYCMD_OPEN_TARGET);
   frame->GetEventHandler()->ProcessEvent(open);
   vt::Pump(300);
 

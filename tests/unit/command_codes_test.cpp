@@ -1,0 +1,21 @@
+// The command codes keep the numbers the frame, the lists and the tree (and
+// the programs that post to the frame) agree on.
+#include <gtest/gtest.h>
+
+#include "shell/CustomEvents.h"
+
+TEST(CommandCodes, EveryNameHasItsNumber) {
+  EXPECT_EQ(MYCMD_TREE_COPY, 400);
+  EXPECT_EQ(MYCMD_TREE_ABOUT, 401);
+  EXPECT_EQ(MYCMD_TREE_SELECT_ALL, 402);
+  EXPECT_EQ(MYCMD_TREE_PROPERTIES, 403);
+  EXPECT_EQ(MYCMD_TREE_DISABLE_COPY, 404);
+  EXPECT_EQ(MYCMD_TREE_ENABLE_COPY, 405);
+  EXPECT_EQ(MYCMD_LIST_COPY, 420);
+  EXPECT_EQ(MYCMD_LIST_ABOUT, 421);
+  EXPECT_EQ(MYCMD_LIST_SELECT_ALL, 422);
+  EXPECT_EQ(MYCMD_LIST_PROPERTIES, 423);
+  EXPECT_EQ(MYCMD_LIST_DISABLE_COPY, 424);
+  EXPECT_EQ(MYCMD_LIST_ENABLE_COPY, 425);
+  EXPECT_EQ(MYCMD_OPEN_TARGET, 1401);
+}
