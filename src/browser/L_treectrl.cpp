@@ -2,7 +2,7 @@
 
 #include "browser/my_DirTreeCtrl.h"
 #include "browser/my_listctrl.h"
-#include "shell/CustomEvents.h"
+#include "common/CustomEvents.h"
 
 BEGIN_EVENT_TABLE(L_treectrl, wxTreeCtrl)
   EVT_LEFT_DOWN(L_treectrl::OnMouseLeftDclick)

@@ -158,15 +158,8 @@ inline void SortListing(ArrayDir& dirs, ArrayFile& files, int column, bool ascen
   SortFiles<File_List>(files, column, ascending);
 }
 
-// Cell texts of folder mode.
-wxString FormatListTime(const wxDateTime& t);      // "%d-%02d-%02d %02d:%02d", local
-wxString FormatSizeKB(double bytes);               // "%u  KB", rounded to nearest
-wxString FileTypeText(const wxString& name);       // text after the last ".", or empty
-
-// Mounted path to the path field's drive-letter form: /mnt/C/dir/sub gives
-// C:\dir\sub, /mnt/C/ gives C:\, /mnt/C gives C, paths of 4 characters or
-// fewer are returned unchanged.
-wxString CovertPath(const wxString& path);
+// Type cell of folder mode (the time and size cells: display/ListingText.h).
+wxString FileTypeText(const wxString& name);  // text after the last ".", or empty
 
 // Parent of a folder path ending in "/": /mnt/C/a/b/ gives /mnt/C/a/.
 wxString ParentFolder(const wxString& path);

@@ -3,6 +3,7 @@
 #include <wx/intl.h>
 
 #include "browser/ListingLogic.h"
+#include "display/ListingText.h"
 
 long ListingRows::Count() const {
   if (m_driveMode) return static_cast<long>(m_drives.size());

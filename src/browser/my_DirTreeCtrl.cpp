@@ -17,9 +17,10 @@
 #include "browser/ListingLogic.h"
 #include "browser/my_TreeItemData.h"
 #include "browser/my_listctrl.h"
+#include "common/CustomEvents.h"
 #include "dialogs/CBusyMsgBox.h"
 #include "disk/View_Disk_Info.h"
-#include "shell/CustomEvents.h"
+#include "display/ListingText.h"
 
 namespace {
 const int kTreeId = 1004;

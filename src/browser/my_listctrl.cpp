@@ -10,9 +10,10 @@
 #include "browser/L_listctrl.h"
 #include "browser/ListingLogic.h"
 #include "browser/my_DirTreeCtrl.h"
+#include "common/CustomEvents.h"
 #include "dialogs/CBusyMsgBox.h"
 #include "disk/View_Disk_Info.h"
-#include "shell/CustomEvents.h"
+#include "display/ListingText.h"
 
 namespace {
 const int kListId = 1001;

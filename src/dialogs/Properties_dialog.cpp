@@ -4,7 +4,7 @@
 #include <wx/intl.h>
 #include <wx/statbox.h>
 
-#include "disk/Conversion.h"
+#include "display/Conversion.h"
 
 namespace {
 const int kCloseId = 204;

@@ -5,7 +5,7 @@
 #include <wx/fs_arc.h>
 #include <wx/image.h>
 
-#include "shell/ImageHandlers.h"
+#include "common/ImageHandlers.h"
 
 BEGIN_EVENT_TABLE(HelpDia, wxDialog)
   EVT_CLOSE(HelpDia::OnClose)

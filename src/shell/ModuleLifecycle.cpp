@@ -2,8 +2,8 @@
 
 #include <wx/intl.h>
 
+#include "common/ImageHandlers.h"
 #include "disk/View_Disk_Info.h"
-#include "shell/ImageHandlers.h"
 #include "shell/my_frame.h"
 
 namespace {

@@ -24,11 +24,11 @@
 #include "browser/my_DirTreeCtrl.h"
 #include "browser/my_TreeItemData.h"
 #include "browser/my_listctrl.h"
+#include "common/CustomEvents.h"
 #include "common/fake_devices.h"
-#include "dialogs/CInfoFrame.h"
 #include "common/test_support.h"
+#include "dialogs/CInfoFrame.h"
 #include "disk/View_Disk_Info.h"
-#include "shell/CustomEvents.h"
 
 namespace vt {
 

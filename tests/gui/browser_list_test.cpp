@@ -9,6 +9,7 @@
 #include "browser/FileTypeIcons.h"
 #include "browser/ListingLogic.h"
 #include "common/stdout_capture.h"
+#include "display/ListingText.h"
 
 #include <unistd.h>
 

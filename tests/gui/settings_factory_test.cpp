@@ -18,8 +18,8 @@
 
 #include "common/test_support.h"
 #include "settings/CCtrlConfig.h"
-#include "settings/CCtrlGenerate.h"
 #include "unit/settings_test_env.h"
+#include "widgets/CCtrlGenerate.h"
 #include "widgets/keln_BitmapButton.h"
 
 using settings::CCtrlConfig;

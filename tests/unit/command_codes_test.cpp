@@ -2,7 +2,7 @@
 // the programs that post to the frame) agree on.
 #include <gtest/gtest.h>
 
-#include "shell/CustomEvents.h"
+#include "common/CustomEvents.h"
 
 TEST(CommandCodes, EveryNameHasItsNumber) {
   EXPECT_EQ(MYCMD_TREE_COPY, 400);

@@ -1,7 +1,7 @@
 // Drive-letter display of mounted paths and thousands separators.
 #include <gtest/gtest.h>
 
-#include "disk/Conversion.h"
+#include "display/Conversion.h"
 
 namespace {
 

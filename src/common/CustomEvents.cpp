@@ -1,4 +1,4 @@
-#include "shell/CustomEvents.h"
+#include "common/CustomEvents.h"
 
 #include <wx/window.h>
 

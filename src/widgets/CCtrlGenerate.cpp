@@ -1,4 +1,4 @@
-#include "settings/CCtrlGenerate.h"
+#include "widgets/CCtrlGenerate.h"
 
 #include <wx/button.h>
 #include <wx/checkbox.h>

@@ -1,4 +1,4 @@
-#include "disk/Conversion.h"
+#include "display/Conversion.h"
 
 wxString Conversion_Path(const wxString& mountedPath, int maxLength) {
   // What follows "/mnt/" starts with the drive letter.

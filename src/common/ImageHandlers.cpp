@@ -1,4 +1,4 @@
-#include "shell/ImageHandlers.h"
+#include "common/ImageHandlers.h"
 
 #include <wx/image.h>
 
