@@ -57,19 +57,7 @@ cmd_run() {
   local shot=$ROOT/build/screenshot.png
   say "no display: running under Xvfb, screenshot goes to $shot"
   rm -f "$shot"
-  xvfb-run -a -s "-screen 0 800x640x24" bash -c '
-    ./vantori "$@" & pid=$!
-    for i in $(seq 1 100); do
-      geo=$(xwininfo -name Vantori 2>/dev/null | awk "/Absolute upper-left X/{x=\$4} /Absolute upper-left Y/{y=\$4} /Width:/{w=\$2} /Height:/{h=\$2} END{if (w) print w\"x\"h\"+\"x\"+\"y}")
-      [ -n "$geo" ] && break
-      kill -0 $pid 2>/dev/null || break
-      sleep 0.2
-    done
-    if [ -z "$geo" ]; then echo "the Vantori window did not appear" >&2; kill $pid 2>/dev/null; wait $pid; exit 1; fi
-    sleep 2
-    import -window root -crop "$geo" "'"$shot"'"
-    kill $pid 2>/dev/null; wait $pid 2>/dev/null || true
-  ' bash "$@"
+  xvfb-run -a -s "-screen 0 800x640x24" "$ROOT/tools/screenshot-window.sh" Vantori "$shot" ./vantori "$@"
   say "screenshot saved: $shot"
 }
 
