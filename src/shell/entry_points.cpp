@@ -2,13 +2,10 @@
 // names (the disk layer's byte readers are exported beside them).
 #include <wx/window.h>
 
+#include "ModuleVersion.h"
 #include "shell/ModuleLifecycle.h"
 
 #define VANTORI_API extern "C" __attribute__((visibility("default")))
-
-namespace {
-const int kModuleVersion = 4538;
-}  // namespace
 
 VANTORI_API wxWindow* create(wxWindow* parent, int id, const wxPoint& pos, const wxSize& size) {
   return CreateMainFrame(parent, id, pos, size);
@@ -31,4 +28,4 @@ VANTORI_API int destroy(wxWindow* frame) {
 
 VANTORI_API int invoke() { return 0; }
 
-VANTORI_API int get_version() { return kModuleVersion; }
+VANTORI_API int get_version() { return VANTORI_MODULE_VERSION; }

@@ -9,6 +9,7 @@
 #include <wx/frame.h>
 
 #include "common/stdout_capture.h"
+#include "ModuleVersion.h"
 #include "VantoriModule.h"
 
 #include <dlfcn.h>
@@ -90,12 +91,12 @@ TEST_F(Exports, NullFrameAndInvoke) {
 
 TEST_F(Exports, VersionBeforeAndAfterCreateShowHideDestroy) {
   VantoriModule& api = TheApi();
-  EXPECT_EQ(api.get_version(), 4538);
+  EXPECT_EQ(api.get_version(), VANTORI_MODULE_VERSION);
   wxWindow* w = api.create(frame, wxID_ANY, wxPoint(0, 0), frame->GetClientSize());
   ASSERT_NE(w, nullptr);
   EXPECT_EQ(w->GetParent(), frame);
   EXPECT_TRUE(w->IsShown());
-  EXPECT_EQ(api.get_version(), 4538);
+  EXPECT_EQ(api.get_version(), VANTORI_MODULE_VERSION);
   EXPECT_EQ(api.invoke(), 0);
   EXPECT_EQ(api.show(w, false), 1);
   EXPECT_FALSE(w->IsShown());
@@ -104,7 +105,7 @@ TEST_F(Exports, VersionBeforeAndAfterCreateShowHideDestroy) {
   EXPECT_EQ(api.destroy(w), 1);
   Pump();
   EXPECT_EQ(frame->GetChildren().GetCount(), 0u) << "the frame is deleted after destroy";
-  EXPECT_EQ(api.get_version(), 4538);
+  EXPECT_EQ(api.get_version(), VANTORI_MODULE_VERSION);
   EXPECT_EQ(api.invoke(), 0);
 }
 

@@ -12,6 +12,7 @@
 #include <sstream>
 #include <unistd.h>
 
+#include "ModuleVersion.h"
 #include "common/gui_testing.h"
 #include "common/stdout_capture.h"
 #include "common/test_support.h"
@@ -243,10 +244,10 @@ TEST_F(MainFrameTest, ExitButtonDestroysTheFrame) {
 TEST_F(MainFrameTest, HelpRunsTheConfiguredCommand) {
   const std::string marker = "/tmp/vantori-help-test-" + std::to_string(getpid());
   std::remove(marker.c_str());
-  vt::WriteSettingFile("config.ini",
-                       "[help]\npath=/usr/bin/touch\ncate=" + marker.substr(0, marker.rfind('/') + 1) +
-                           "\nhtml=" + marker.substr(marker.rfind('/') + 1) +
-                           "\n[Interface]\nversion=4538\n");
+  vt::WriteSettingFile(
+      "config.ini", "[help]\npath=/usr/bin/touch\ncate=" + marker.substr(0, marker.rfind('/') + 1) +
+                        "\nhtml=" + marker.substr(marker.rfind('/') + 1) +
+                        "\n[Interface]\nversion=" + std::to_string(VANTORI_MODULE_VERSION) + "\n");
   wxCommandEvent ev(wxEVT_BUTTON, 3002);
   std::string out = vt::CaptureStdout([&] { frame->GetEventHandler()->ProcessEvent(ev); });
   EXPECT_EQ(out, "help_cmd = /usr/bin/touch \"" + marker + "\"\n");
