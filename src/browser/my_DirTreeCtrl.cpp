@@ -12,12 +12,12 @@
 
 #include <cstdio>
 
-#include "browser/FileTypeIcons.h"
 #include "browser/L_treectrl.h"
 #include "browser/ListingLogic.h"
 #include "browser/my_TreeItemData.h"
 #include "browser/my_listctrl.h"
 #include "common/CustomEvents.h"
+#include "common/ImageFiles.h"
 #include "dialogs/CBusyMsgBox.h"
 #include "disk/View_Disk_Info.h"
 #include "display/ListingText.h"
@@ -29,11 +29,12 @@ const long kSelectFirst = 0x20;
 const long kShowBorder = 0x80;
 const long kEditLabels = 0x100;
 
-const char* const kTreeIcons[] = {
-    "./res/vantori/bmp/Folder_16x16.png",
-    "./res/vantori/bmp/FolderOpened_16x16.png",
-    "./res/vantori/disk.png",
-    "./res/vantori/usb.png",
+// Folder, opened folder, fixed-disk volume, USB volume (and the hidden root).
+const common::ImageFile kTreeIcons[] = {
+    {"bmp/Folder_16x16.png", wxBITMAP_TYPE_PNG},
+    {"bmp/FolderOpened_16x16.png", wxBITMAP_TYPE_PNG},
+    {"disk.png", wxBITMAP_TYPE_PNG},
+    {"usb.png", wxBITMAP_TYPE_PNG},
 };
 }  // namespace
 
@@ -127,23 +128,12 @@ wxTreeItemId my_DirTreeCtrl::AppendItem(const wxTreeItemId& parent, const wxStri
 
 int my_DirTreeCtrl::InitImage() {
   m_imageList = new wxImageList(16, 16, true, 1);
-  for (const char* file : kTreeIcons) {
-    wxBitmap bmp;
-    imageLoad(bmp, wxString::FromAscii(file), wxBITMAP_TYPE_PNG);
-    if (!bmp.IsOk()) {
-      bmp = wxBitmap(16, 16);  // a missing file keeps its slot
-    } else if (bmp.GetWidth() != 16 || bmp.GetHeight() != 16) {
-      wxImage img = bmp.ConvertToImage();
-      img.Rescale(16, 16);
-      bmp = wxBitmap(img, -1);
-    }
-    m_imageList->Add(bmp);
-  }
+  common::FillImageList(*m_imageList, kTreeIcons, WXSIZEOF(kTreeIcons));
   return 0;
 }
 
 void my_DirTreeCtrl::imageLoad(wxBitmap& bitmap, wxString path, int type) {
-  listing::LoadImageFile(bitmap, path, type);
+  if (!common::LoadImageFile(bitmap, path, type)) bitmap = wxNullBitmap;
 }
 
 my_TreeItemData* my_DirTreeCtrl::DataOf(const wxTreeItemId& id) const {

@@ -11,6 +11,7 @@
 #include "browser/ListingLogic.h"
 #include "browser/my_DirTreeCtrl.h"
 #include "common/CustomEvents.h"
+#include "common/ImageFiles.h"
 #include "dialogs/CBusyMsgBox.h"
 #include "disk/View_Disk_Info.h"
 #include "display/ListingText.h"
@@ -132,7 +133,7 @@ int my_listctrl::InitImage() {
 }
 
 void my_listctrl::imageLoad(wxBitmap& bitmap, wxString path, int type) {
-  listing::LoadImageFile(bitmap, path, type);
+  if (!common::LoadImageFile(bitmap, path, type)) bitmap = wxNullBitmap;
 }
 
 int my_listctrl::GetFileImageIndex(wxString name) { return listing::GetFileImageIndex(name); }

@@ -1,13 +1,11 @@
 #include "settings/CImageRes.h"
 
 #include <wx/convauto.h>
-#include <wx/filename.h>
-#include <wx/image.h>
 #include <wx/log.h>
-#include <wx/stdpaths.h>
 #include <wx/textfile.h>
 
-#include "settings/CResCenter.h"
+#include "common/ImageFiles.h"
+#include "common/ResourcePaths.h"
 #include "settings/SettingsAssert.h"
 #include "settings/SettingsParse.h"
 
@@ -56,6 +54,7 @@ CImageRes::~CImageRes() {
 }
 
 const wxBitmap& CImageRes::GetBitmap(int nIdx) {
+  // Fixed output: tests check this assertion text as it stands.
   SETTINGS_ASSERT(nIdx >= 0 && nIdx <= (int)m_BitmapRes->GetCount(), "src/CImageRes", 71,
                   "const wxBitmap& settings::CImageRes::GetBitmap(int)",
                   "nIdx >= 0 && nIdx <= (int)m_BitmapRes->GetCount()");
@@ -65,18 +64,8 @@ const wxBitmap& CImageRes::GetBitmap(int nIdx) {
 }
 
 wxBitmap& CImageRes::imageLoad(wxBitmap& bitmap, wxString name, int type) {
-  const wxFileName exe(wxStandardPaths::Get().GetExecutablePath());
-  const wxString full = exe.GetPath(wxPATH_GET_VOLUME) + name;
-
-  wxImage image;
-  bool loaded;
-  {
-    // A missing or undecodable file leaves bitmap unchanged, silently.
-    wxLogNull noLog;
-    loaded = wxFileName::FileExists(full) &&
-             image.LoadFile(full, static_cast<wxBitmapType>(type), -1);
-  }
-  if (loaded) bitmap = wxBitmap(image, -1);
+  // A missing or undecodable file leaves bitmap unchanged, silently.
+  common::LoadImageFile(bitmap, common::ExeDirJoined(name), type);
   return bitmap;
 }
 

@@ -1,8 +1,6 @@
 #include "settings/CResCenter.h"
 
-#include <wx/filename.h>
-#include <wx/stdpaths.h>
-
+#include "common/ResourcePaths.h"
 #include "settings/CImageRes.h"
 #include "settings/CTextRes.h"
 
@@ -21,8 +19,7 @@ void CResCenter::UnInstance() {
 }
 
 bool CResCenter::GetExeFilePath(wxString& path) {
-  const wxFileName exe(wxStandardPaths::Get().GetExecutablePath());
-  path = exe.GetPath(wxPATH_GET_VOLUME) + wxFileName::GetPathSeparator();
+  path = common::ExeDirectory();
   return true;
 }
 

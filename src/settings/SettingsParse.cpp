@@ -6,7 +6,7 @@
 
 #include <climits>
 
-#include "settings/CResCenter.h"
+#include "common/ResourcePaths.h"
 
 namespace settings {
 
@@ -53,8 +53,7 @@ void AppendNumberList(const wxString& list, wxArrayInt& out) {
 }
 
 bool OpenSettingsFile(const wxString& name, wxTextFile& file, wxString& path) {
-  CResCenter::GetExeFilePath(path);
-  path += wxT("setting/vantori/") + name;
+  path = common::SettingsPath(name);
   wxLogNull noLog;
   return wxFileName::FileExists(path) && file.Open(path, wxConvAuto());
 }

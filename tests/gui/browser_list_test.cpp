@@ -538,11 +538,16 @@ TEST(BrowserListImages, DestinationCountAndMissingFilesKeepTheirSlots) {
   int w = 0, h = 0;
   missing.GetSize(35, w, h);
   EXPECT_EQ(w, 16);
-  // With the shipped files the folder image is a real picture.
+}
+
+// The list's own loader: the shipped folder image is a real picture, a
+// missing file gives an empty bitmap.
+TEST_F(BrowserListTest, ImageLoadGivesThePictureOrAnEmptyBitmap) {
   wxBitmap folder;
-  listing::LoadImageFile(folder, "./res/vantori/bmp/Folder_16x16.png", wxBITMAP_TYPE_PNG);
+  win->list->imageLoad(folder, "./res/vantori/bmp/Folder_16x16.png", wxBITMAP_TYPE_PNG);
   EXPECT_TRUE(folder.IsOk());
-  wxBitmap none;
-  listing::LoadImageFile(none, "./res/vantori/bmp/no-such.png", wxBITMAP_TYPE_PNG);
+  EXPECT_EQ(folder.GetSize(), wxSize(16, 16));
+  wxBitmap none(16, 16);
+  win->list->imageLoad(none, "./res/vantori/bmp/no-such.png", wxBITMAP_TYPE_PNG);
   EXPECT_FALSE(none.IsOk());
 }
