@@ -5,6 +5,7 @@
 #include <wx/fileconf.h>
 #include <wx/image.h>
 #include <wx/menu.h>
+#include <wx/msgdlg.h>
 #include <wx/utils.h>
 #include <wx/weakref.h>
 #include <wx/wfstream.h>
@@ -15,6 +16,10 @@
 #include "browser/my_DirTreeCtrl.h"
 #include "browser/my_listctrl.h"
 #include "common/CustomEvents.h"
+#include "common/ImageFiles.h"
+#include "common/ResourcePaths.h"
+#include "copy/CopyStart.h"
+#include "destination/Des_PathInfo.h"
 #include "dialogs/CBusyMsgBox.h"
 #include "dialogs/PropertiesCounter.h"
 #include "dialogs/Properties_dialog.h"
@@ -35,6 +40,7 @@ BEGIN_EVENT_TABLE(my_frame, wxPanel)
   EVT_MOTION(my_frame::OnMouseMove)
   EVT_LEFT_DOWN(my_frame::OnLeftDown)
   EVT_LEFT_UP(my_frame::OnLeftUp)
+  EVT_MOUSE_CAPTURE_LOST(my_frame::OnMouseCaptureLost)
   EVT_BUTTON(ID_MYFRAME_UP, my_frame::OnButtonUp)
   EVT_BUTTON(ID_MYFRAME_COPY, my_frame::OnButtonCopy)
   EVT_BUTTON(ID_MYFRAME_HELP, my_frame::OnButtonHelp)
@@ -85,8 +91,6 @@ my_frame::my_frame(wxWindow* parent, int id, const wxString& /*title*/, const wx
       m_propertiesDialog(nullptr),
       m_menuAnchor(nullptr),
       m_pathText(nullptr),
-      m_log(nullptr),
-      m_first(true),
       m_dragAllowed(false),
       m_innerPanel(nullptr),
       m_splitter(nullptr),
@@ -171,16 +175,12 @@ my_frame::my_frame(wxWindow* parent, int id, const wxString& /*title*/, const wx
   m_helpDia = new HelpDia(this, wxID_ANY, wxGetTranslation("Kelnora Help"), wxDefaultPosition,
                           wxDefaultSize, wxCAPTION | wxCLOSE_BOX | wxSYSTEM_MENU,
                           wxGetTranslation("dialogBox"));
-  m_helpDia->AddBook(wxFileName(wxT("./res/vantori/doc/doc.zip")));
+  m_helpDia->AddBook(wxFileName(common::ResourcePath(wxT("doc/doc.zip"))));
 }
 
 my_frame::~my_frame() {
-  if (m_log != nullptr) {
-    delete wxLog::SetActiveTarget(m_log);
-    wxLog::SetActiveTarget(nullptr);
-    delete m_log;
-    m_log = nullptr;
-  }
+  // A frame deleted between a press and its release still holds the mouse.
+  if (HasCapture()) ReleaseMouse();
   settings::CCtrlConfig::UnInstance();
   g_AllDiskPartitionInf.UI_FreeMemory();
 }
@@ -215,9 +215,33 @@ void my_frame::OnLeftUp(wxMouseEvent& /*event*/) {
   m_dragAllowed = false;
 }
 
+// The system took the mouse away (another grab, a window going away) before
+// the release: the capture is gone already and must not be released again;
+// the press simply ends here.
+void my_frame::OnMouseCaptureLost(wxMouseCaptureLostEvent& /*event*/) { m_dragAllowed = false; }
+
 void my_frame::OnButtonUp(wxCommandEvent& event) { list->OnUpList(event); }
 
-void my_frame::OnButtonCopy(wxCommandEvent& /*event*/) {}
+void my_frame::OnButtonCopy(wxCommandEvent& /*event*/) {
+  wxListCtrl* rows = list->GetListCtrl();
+  const long first = rows->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED);
+  const CopyStart start =
+      CheckCopyStart(rows->GetSelectedItemCount(), list->GetIsLastFocus_listctrl(), first,
+                     first >= 0 ? rows->GetItemText(first) : wxString());
+  if (start == COPY_START_NO_SELECTION) {
+    wxMessageBox(wxGetTranslation("Please select a file or directory!"),
+                 wxGetTranslation("Error Selecting File or Folder"), wxOK, this);
+    return;
+  }
+  if (start == COPY_START_DOT_ROW) return;
+
+  // The source folder: the tree's folder or the list's, whichever pane had
+  // the focus last.
+  if (tree->GetIsLastFocus_treectrl())
+    g_Des_PathInfo.m_sourcePath = tree->GetPath();
+  else if (list->GetIsLastFocus_listctrl())
+    g_Des_PathInfo.m_sourcePath = list->GetCurrentListctrlPath();
+}
 
 void my_frame::OnRefresh(wxCommandEvent& /*event*/) {
   CBusyMsgBox busy(wxGetTranslation("Please wait, working...").wc_str(), this,
@@ -346,9 +370,7 @@ void my_frame::ShowProperties(int code) {
 void my_frame::OnHelp(wxCommandEvent& event) { OnButtonHelp(event); }
 
 void my_frame::OnButtonHelp(wxCommandEvent& /*event*/) {
-  wxString dir;
-  settings::CResCenter::GetExeFilePath(dir);
-  wxFileInputStream stream(dir + wxT("setting/vantori/config.ini"));
+  wxFileInputStream stream(common::SettingsPath(wxT("config.ini")));
   wxFileConfig* config = stream.IsOk() ? new wxFileConfig(stream, wxConvAuto()) : nullptr;
   wxString path, cate, html;
   if (config != nullptr) {
@@ -357,6 +379,7 @@ void my_frame::OnButtonHelp(wxCommandEvent& /*event*/) {
     config->Read(wxT("/help/html"), &html, wxEmptyString);
   }
   wxString cmd = wxString::Format(wxT("%s \"%s%s\""), path, cate, html);
+  // Fixed output: tests read this line.
   std::printf("help_cmd = %s\n", static_cast<const char*>(cmd.utf8_str()));
   std::fflush(stdout);
   wxExecute(cmd, wxEXEC_ASYNC);
@@ -368,13 +391,17 @@ void my_frame::OnAbout(wxCommandEvent& /*event*/) {
   info.SetName(wxGetTranslation("Vantori"));
 
   wxString version = wxT("5678");
-  wxFileInputStream stream(wxT("setting/vantori/config.ini"));
+  // The version is read relative to the current directory, unlike the help
+  // command's settings.
+  wxFileInputStream stream(common::WorkingDirSettingsPath(wxT("config.ini")));
   if (stream.IsOk()) {
     wxFileConfig config(stream, wxConvAuto());
     config.Read(wxT("/Interface/version"), &version, wxT("5678"));
   }
   info.SetVersion(wxT("2.0.") + version);
-  info.SetIcon(wxIcon(wxT("./res/vantori/logo.png"), wxBITMAP_TYPE_PNG));
+  // The logo is a PNG file: load it as one (the icon's default type would
+  // not read it).
+  info.SetIcon(wxIcon(common::ResourcePath(wxT("logo.png")), wxBITMAP_TYPE_PNG));
 
   wxArrayString developers;
   developers.Add(wxT("Mara Lindqvist"));
@@ -399,10 +426,11 @@ void my_frame::OnCloseAll(wxCloseEvent& /*event*/) {}
 
 void my_frame::SetWindowShape() {}
 
+// Registers a new handler of the type on every call (wxImage drops the
+// duplicate), then loads through the module's one image loader; a file that
+// does not load gives an empty bitmap.
 void my_frame::imageLoad(wxBitmap& out, wxString path, int type) {
-  wxImage image;
   if (type == wxBITMAP_TYPE_BMP) wxImage::AddHandler(new wxBMPHandler);
   if (type == wxBITMAP_TYPE_PNG) wxImage::AddHandler(new wxPNGHandler);
-  image.LoadFile(path, static_cast<wxBitmapType>(type), -1);
-  out = wxBitmap(image, -1);
+  if (!common::LoadImageFile(out, path, type)) out = wxNullBitmap;
 }

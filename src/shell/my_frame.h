@@ -5,7 +5,6 @@
 
 #include <wx/bitmap.h>
 #include <wx/button.h>
-#include <wx/log.h>
 #include <wx/panel.h>
 #include <wx/splitter.h>
 #include <wx/statbox.h>
@@ -49,6 +48,7 @@ class my_frame : public wxPanel {
   void OnMouseMove(wxMouseEvent& event);
   void OnLeftDown(wxMouseEvent& event);
   void OnLeftUp(wxMouseEvent& event);
+  void OnMouseCaptureLost(wxMouseCaptureLostEvent& event);
   void OnButtonUp(wxCommandEvent& event);
   void OnButtonCopy(wxCommandEvent& event);
   void OnButtonHelp(wxCommandEvent& event);
@@ -101,15 +101,9 @@ class my_frame : public wxPanel {
   Properties_dialog* m_propertiesDialog;
   wxWindow* m_menuAnchor;
   wxTextCtrl* m_pathText;
-  wxBitmap m_backgroundBitmap;
   wxString m_targetPath;
-  wxLog* m_log;
-  wxBitmap m_bitmap;
   wxPoint m_dragOffset;
-  bool m_first;
   bool m_dragAllowed;
-  wxBitmap m_bitmap1;
-  wxBitmap m_bitmap2;
 
   wxPanel* m_innerPanel;
   wxSplitterWindow* m_splitter;

@@ -55,6 +55,12 @@ class UnexpectedModalHook : public wxModalDialogHook {
   void Exit(wxDialog*) override {}
 };
 
+// Every test starts with an empty list of unexpected dialogs, so a test that
+// checks the list sees only its own.
+class ClearUnexpectedDialogs : public ::testing::EmptyTestEventListener {
+  void OnTestStart(const ::testing::TestInfo&) override { vt::UnexpectedDialogs().clear(); }
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -76,6 +82,7 @@ int main(int argc, char** argv) {
   wxInitAllImageHandlers();
   UnexpectedModalHook hook;
   hook.Register();
+  ::testing::UnitTest::GetInstance()->listeners().Append(new ClearUnexpectedDialogs);
 
   int rc;
   {

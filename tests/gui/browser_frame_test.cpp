@@ -7,8 +7,13 @@
 
 #include <sys/stat.h>
 
+#include <functional>
+#include <vector>
+
 #include "common/gui_testing.h"
 #include "main_window_env.h"
+#include "browser/L_listctrl.h"
+#include "destination/Des_PathInfo.h"
 #include "dialogs/Properties_dialog.h"
 #include "shell/my_frame.h"
 #include "widgets/keln_BitmapButton.h"
@@ -124,14 +129,91 @@ TEST_F(BrowserFrameTest, EnableAndDisableCodes) {
   EXPECT_TRUE(frame->GetCopyButton()->IsEnabled());
 }
 
+// Answers the expected message box with OK and keeps its text and caption.
+class MessageBoxSeen : public wxExpectModal<wxMessageDialog> {
+ public:
+  MessageBoxSeen(wxString* message, wxString* caption)
+      : wxExpectModal<wxMessageDialog>(wxID_OK), m_message(message), m_caption(caption) {}
+
+ protected:
+  int OnInvoked(wxMessageDialog* dlg) const override {
+    *m_message = dlg->GetMessage();
+    *m_caption = dlg->GetCaption();
+    return wxExpectModal<wxMessageDialog>::OnInvoked(dlg);
+  }
+
+ private:
+  wxString* m_message;
+  wxString* m_caption;
+};
+
 TEST_F(BrowserFrameTest, CopyCodesGoToTheCopyCommandAlike) {
   ShowC();
+  tree->SetIsLastFocus_treectrl(false);
+  list->SetIsLastFocus_listctrl(true);
+  ASSERT_EQ(list->GetListCtrl()->GetSelectedItemCount(), 0);
+  // The three ways into the copy command: the codes of the tree's and the
+  // list's context menus and the Copy button.
+  const char* names[] = {"code 400", "code 420", "Copy button"};
+  const auto entries = std::vector<std::function<void()>>{
+      [&] { Post(MYCMD_TREE_COPY); }, [&] { Post(MYCMD_LIST_COPY); },
+      [&] {
+        wxCommandEvent ev(wxEVT_BUTTON, ID_MYFRAME_COPY);
+        frame->GetEventHandler()->ProcessEvent(ev);
+      }};
+  // Nothing selected while the list had the focus: each way shows the same
+  // message and goes no further.
+  for (size_t i = 0; i < entries.size(); ++i) {
+    g_Des_PathInfo.m_sourcePath = "untouched";
+    wxString message, caption;
+    wxTEST_DIALOG(entries[i](), MessageBoxSeen(&message, &caption));
+    EXPECT_EQ(message, "Please select a file or directory!") << names[i];
+    EXPECT_EQ(caption, "Error Selecting File or Folder") << names[i];
+    EXPECT_EQ(g_Des_PathInfo.m_sourcePath, "untouched") << names[i];
+  }
+  // A selected row: no message, and the command takes the list's folder as
+  // its source.
   Select("docs");
-  const std::vector<wxString> before = {list->GetCurrentListctrlPath()};
+  for (size_t i = 0; i < entries.size(); ++i) {
+    g_Des_PathInfo.m_sourcePath = "untouched";
+    entries[i]();
+    EXPECT_EQ(g_Des_PathInfo.m_sourcePath, "/mnt/C/") << names[i];
+  }
+  // The tree had the focus last: its folder is the source, whatever the
+  // list shows or selects.
+  list->GetListCtrl()->SetItemState(Row("docs"), 0, wxLIST_STATE_SELECTED);
+  list->SetIsLastFocus_listctrl(false);
+  tree->SetIsLastFocus_treectrl(true);
+  for (size_t i = 0; i < entries.size(); ++i) {
+    g_Des_PathInfo.m_sourcePath = "untouched";
+    entries[i]();
+    EXPECT_EQ(g_Des_PathInfo.m_sourcePath, "/mnt/C") << names[i];
+  }
+  vt::Pump(50);
+  EXPECT_TRUE(vt::UnexpectedDialogs().empty());
+}
+
+TEST_F(BrowserFrameTest, CopyOfTheLoneDotDotRowStopsSilently) {
+  ShowC();
+  tree->SetIsLastFocus_treectrl(false);
+  list->SetIsLastFocus_listctrl(true);
+  // A click drops the ".." row from the selection at once; a range selection
+  // of the virtual list can leave it selected alone. Hold the notice back so
+  // that the row stays selected.
+  L_listctrl* rows = list->GetListCtrl();
+  auto hold = [](wxListEvent&) {};
+  rows->Bind(wxEVT_LIST_ITEM_SELECTED, hold);
+  rows->SetItemState(0, wxLIST_STATE_SELECTED, wxLIST_STATE_SELECTED);
+  rows->Unbind(wxEVT_LIST_ITEM_SELECTED, hold);
+  ASSERT_EQ(rows->GetSelectedItemCount(), 1);
+  ASSERT_EQ(rows->GetItemText(0), "..");
+  g_Des_PathInfo.m_sourcePath = "untouched";
   Post(MYCMD_TREE_COPY);
   Post(MYCMD_LIST_COPY);
+  wxCommandEvent ev(wxEVT_BUTTON, ID_MYFRAME_COPY);
+  frame->GetEventHandler()->ProcessEvent(ev);
   vt::Pump(50);
-  EXPECT_EQ(list->GetCurrentListctrlPath(), before[0]);
+  EXPECT_EQ(g_Des_PathInfo.m_sourcePath, "untouched");
   EXPECT_TRUE(vt::UnexpectedDialogs().empty());
 }
 
