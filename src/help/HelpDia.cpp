@@ -46,8 +46,9 @@ bool HelpDia::AddBook(const wxFileName& book, bool showWaitMsg) {
 
 bool HelpDia::Display(const wxString& topic) { return m_helpController.Display(topic); }
 
+// Centred on the screen, not on the frame that owns the dialog.
 bool HelpDia::Show(bool show) {
-  Centre(wxBOTH);
+  CentreOnScreen(wxBOTH);
   return wxDialog::Show(show);
 }
 

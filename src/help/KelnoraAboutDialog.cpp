@@ -97,7 +97,7 @@ void KelnoraAboutDialog::AddCollapsiblePane(const wxString& title, const wxStrin
   // One width for the text of every pane, the widest seen so far.
   static int maxWidth = 400;
   wxCollapsiblePane* pane = new wxCollapsiblePane(this, wxID_ANY, title, wxDefaultPosition,
-                                                  wxDefaultSize, wxCP_NO_TLW_RESIZE);
+                                                  wxDefaultSize, wxBORDER_NONE | wxTAB_TRAVERSAL);
   wxWindow* win = pane->GetPane();
   wxStaticText* txt = new wxStaticText(win, wxID_ANY, text, wxDefaultPosition, wxDefaultSize,
                                        wxALIGN_CENTRE);

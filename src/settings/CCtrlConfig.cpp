@@ -86,6 +86,7 @@ CONTROLINFO& CCtrlConfig::Record(int nIdx) const {
 }
 
 wxRect& CCtrlConfig::GetRect(int nIdx) const {
+  // Fixed output: tests check this assertion text as it stands.
   SETTINGS_ASSERT(nIdx >= 0 && nIdx <= (int)m_CtrlInfos->GetCount(), "src/CCtrlConfig", 132,
                   "wxRect& settings::CCtrlConfig::GetRect(int) const",
                   "nIdx >= 0 && nIdx <= (int)m_CtrlInfos->GetCount()");
@@ -93,6 +94,7 @@ wxRect& CCtrlConfig::GetRect(int nIdx) const {
 }
 
 wxArrayInt& CCtrlConfig::GetTexts(int nIdx) const {
+  // Fixed output: tests check this assertion text as it stands.
   SETTINGS_ASSERT(nIdx >= 0 && nIdx <= (int)m_CtrlInfos->GetCount(), "src/CCtrlConfig", 138,
                   "wxArrayInt& settings::CCtrlConfig::GetTexts(int) const",
                   "nIdx >= 0 && nIdx <= (int)m_CtrlInfos->GetCount()");
@@ -100,6 +102,7 @@ wxArrayInt& CCtrlConfig::GetTexts(int nIdx) const {
 }
 
 wxArrayInt& CCtrlConfig::GetRes(int nIdx) const {
+  // Fixed output: tests check this assertion text as it stands.
   SETTINGS_ASSERT(nIdx >= 0 && nIdx <= (int)m_CtrlInfos->GetCount(), "src/CCtrlConfig", 144,
                   "wxArrayInt& settings::CCtrlConfig::GetRes(int) const",
                   "nIdx >= 0 && nIdx <= (int)m_CtrlInfos->GetCount()");
@@ -107,6 +110,7 @@ wxArrayInt& CCtrlConfig::GetRes(int nIdx) const {
 }
 
 CONTROLINFO& CCtrlConfig::GetCtrlInfo(int nIdx) const {
+  // Fixed output: tests check this assertion text as it stands.
   SETTINGS_ASSERT(nIdx >= 0 && nIdx <= (int)m_CtrlInfos->GetCount(), "src/CCtrlConfig", 150,
                   "CONTROLINFO& settings::CCtrlConfig::GetCtrlInfo(int) const",
                   "nIdx >= 0 && nIdx <= (int)m_CtrlInfos->GetCount()");

@@ -4,6 +4,7 @@
 #include "settings/SettingsAssert.h"
 
 const wxString& CONTROLINFO::GetText(int nIdx) const {
+  // Fixed output: tests check this assertion text as it stands.
   SETTINGS_ASSERT(nIdx >= 0 && nIdx < (int)texts.GetCount(), "src/CCtrlConfig", 19,
                   "const wxString& CONTROLINFO::GetText(int) const",
                   "nIdx >= 0 && nIdx < (int)texts.GetCount()");
@@ -11,6 +12,7 @@ const wxString& CONTROLINFO::GetText(int nIdx) const {
 }
 
 const wxBitmap& CONTROLINFO::GetRes(int nIdx) const {
+  // Fixed output: tests check this assertion text as it stands.
   SETTINGS_ASSERT(nIdx >= 0 && nIdx < (int)resources.GetCount(), "src/CCtrlConfig", 26,
                   "const wxBitmap& CONTROLINFO::GetRes(int) const",
                   "nIdx >= 0 && nIdx < (int)resources.GetCount()");

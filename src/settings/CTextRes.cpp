@@ -36,6 +36,7 @@ CTextRes::CTextRes() : m_nLang(1) {
 CTextRes::~CTextRes() {}
 
 const wxString& CTextRes::GetText(int nIdx) {
+  // Fixed output: tests check this assertion text as it stands.
   SETTINGS_ASSERT(nIdx >= 0 && nIdx <= (int)m_TextArr.GetCount(), "src/CTextRes", 73,
                   "const wxString& settings::CTextRes::GetText(int)",
                   "nIdx >= 0 && nIdx <= (int)m_TextArr.GetCount()");

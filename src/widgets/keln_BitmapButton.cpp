@@ -22,9 +22,7 @@ keln_BitmapButton::keln_BitmapButton(wxWindow* parent, int id, const wxString& c
       m_strCaption(caption),
       m_bmpNormal(wxNullBitmap),
       m_bmpSelect(wxNullBitmap),
-      m_bmpState3(wxNullBitmap),
       m_bmpDisabled(wxNullBitmap),
-      m_bmpBackground(wxNullBitmap),
       m_bmpHover(wxNullBitmap),
       m_bHover(false),
       m_bFlag(flag),
@@ -50,31 +48,31 @@ void keln_BitmapButton::keln_Disable() {
   Refresh();
 }
 
-wxBitmap& keln_BitmapButton::StateBitmap() {
+// State 3 is never entered and has no picture.
+const wxBitmap& keln_BitmapButton::StateBitmap() const {
   switch (m_nState) {
     case STATE_DISABLED: return m_bmpDisabled;
     case STATE_OVER: return m_bmpSelect;
-    case STATE_UNUSED: return m_bmpState3;
+    case STATE_UNUSED: return wxNullBitmap;
     case STATE_PRESSED: return m_bmpHover;
     default: return m_bmpNormal;
   }
 }
 
-const wxBitmap& keln_BitmapButton::GetStateBitmap() const {
-  return const_cast<keln_BitmapButton*>(this)->StateBitmap();
-}
+const wxBitmap& keln_BitmapButton::GetStateBitmap() const { return StateBitmap(); }
 
 void keln_BitmapButton::OnPaint(wxPaintEvent& event) {
   wxPaintDC dc(this);
   dc.SetBackgroundMode(wxBRUSHSTYLE_TRANSPARENT);
   ++m_nPaintCount;
-  DrwonBitmap(m_bmpBackground);
-  DrwonBitmap(StateBitmap());
+  // The background layer has no picture: it draws the caption alone, which
+  // the state layer then draws over once more.
+  DrwonBitmap(dc, wxNullBitmap);
+  DrwonBitmap(dc, StateBitmap());
   event.Skip();
 }
 
-void keln_BitmapButton::DrwonBitmap(wxBitmap& bitmap) {
-  wxPaintDC dc(this);
+void keln_BitmapButton::DrwonBitmap(wxDC& dc, const wxBitmap& bitmap) {
   if (bitmap.IsOk()) {
     wxMemoryDC mem;
     mem.SelectObjectAsSource(bitmap);

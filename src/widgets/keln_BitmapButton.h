@@ -5,6 +5,7 @@
 #pragma once
 
 #include <wx/bitmap.h>
+#include <wx/dc.h>
 #include <wx/event.h>
 #include <wx/panel.h>
 #include <wx/string.h>
@@ -58,12 +59,13 @@ class keln_BitmapButton : public wxPanel {
   void OnSetFocus(wxFocusEvent& event);
   void OnKillFocus(wxFocusEvent& event);
 
-  // Copies bitmap (with its mask) to the top-left corner, then draws the
-  // caption centred; called from the paint handler only.
-  void DrwonBitmap(wxBitmap& bitmap);
+  // Copies bitmap (with its mask) to the top-left corner of the paint
+  // context, then draws the caption centred; called from the paint handler
+  // with its one paint context.
+  void DrwonBitmap(wxDC& dc, const wxBitmap& bitmap);
 
  private:
-  wxBitmap& StateBitmap();
+  const wxBitmap& StateBitmap() const;
   void PostClick();
 
   wxWindow* m_pParent;
@@ -72,9 +74,7 @@ class keln_BitmapButton : public wxPanel {
   wxString m_strCaption;
   wxBitmap m_bmpNormal;
   wxBitmap m_bmpSelect;
-  wxBitmap m_bmpState3;
   wxBitmap m_bmpDisabled;
-  wxBitmap m_bmpBackground;
   wxBitmap m_bmpHover;
   bool m_bHover;
   bool m_bFlag;
