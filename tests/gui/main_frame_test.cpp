@@ -72,6 +72,16 @@ class MainFrameTest : public ::testing::Test {
     if (top) top->Destroy();
     vt::Pump(50);
   }
+  // Moves the real mouse onto the frame's own background and presses there;
+  // true once the frame holds the mouse.
+  bool PressOnBackground(wxUIActionSimulator& sim, wxPoint& start) {
+    start = BackgroundPoint(frame);
+    sim.MouseMove(start);
+    vt::Pump(30);
+    sim.MouseDown();
+    return vt::PumpUntil([&] { return frame->HasCapture(); });
+  }
+
   wxFrame* top = nullptr;
   RecordingFrame* frame = nullptr;
 };
@@ -165,32 +175,23 @@ TEST_F(MainFrameTest, ClickAndDragNeverMovesTheFrame) {
   // And with the real mouse: press on the frame's own background and drag.
   const wxPoint topBefore = top->GetPosition();
   const wxPoint screenBefore = frame->GetScreenPosition();
-  int downs = 0, drags = 0;
+  int drags = 0;
   bool capturedWhileDragging = false;
-  auto onDown = [&](wxMouseEvent& e) {
-    ++downs;
-    e.Skip();
-  };
   auto onMove = [&](wxMouseEvent& e) {
     if (e.Dragging() && e.LeftIsDown()) ++drags;
     if (frame->HasCapture()) capturedWhileDragging = true;
     e.Skip();
   };
-  frame->Bind(wxEVT_LEFT_DOWN, onDown);
   frame->Bind(wxEVT_MOTION, onMove);
   wxUIActionSimulator sim;
-  const wxPoint start = BackgroundPoint(frame);
-  sim.MouseMove(start);
-  vt::Pump(30);
-  sim.MouseDown();
-  ASSERT_TRUE(vt::PumpUntil([&] { return downs == 1; })) << "the press did not reach the frame";
+  wxPoint start;
+  ASSERT_TRUE(PressOnBackground(sim, start)) << "the press did not reach the frame";
   for (int step = 1; step <= 6; ++step) {
     sim.MouseMove(start + wxPoint(step * 20, -step * 12));
     vt::Pump(15);
   }
   sim.MouseUp();
   vt::Pump(50);
-  frame->Unbind(wxEVT_LEFT_DOWN, onDown);
   frame->Unbind(wxEVT_MOTION, onMove);
   EXPECT_GE(drags, 3) << "the drag did not reach the frame";
   EXPECT_TRUE(capturedWhileDragging);
@@ -214,11 +215,8 @@ TEST_F(MainFrameTest, LosingTheMouseCaptureEndsThePressCleanly) {
   };
   frame->Bind(wxEVT_MOUSE_CAPTURE_LOST, onLost);
   wxUIActionSimulator sim;
-  const wxPoint start = BackgroundPoint(frame);
-  sim.MouseMove(start);
-  vt::Pump(30);
-  sim.MouseDown();
-  ASSERT_TRUE(vt::PumpUntil([&] { return frame->HasCapture(); }));
+  wxPoint start;
+  ASSERT_TRUE(PressOnBackground(sim, start));
   frame->Hide();
   EXPECT_TRUE(vt::PumpUntil([&] { return lost == 1; })) << "the grab was not broken";
   EXPECT_FALSE(frame->HasCapture());
@@ -260,11 +258,8 @@ TEST_F(MainFrameTest, LosingTheMouseCaptureEndsThePressCleanly) {
 // release): the capture goes with it.
 TEST_F(MainFrameTest, DestroyedWhilePressedLetsTheMouseGo) {
   wxUIActionSimulator sim;
-  const wxPoint start = BackgroundPoint(frame);
-  sim.MouseMove(start);
-  vt::Pump(30);
-  sim.MouseDown();
-  ASSERT_TRUE(vt::PumpUntil([&] { return frame->HasCapture(); }));
+  wxPoint start;
+  ASSERT_TRUE(PressOnBackground(sim, start));
   delete frame;
   frame = nullptr;
   EXPECT_EQ(wxWindow::GetCapture(), nullptr);
