@@ -28,7 +28,6 @@
 #include "help/HelpDia.h"
 #include "help/KelnoraAboutDialog.h"
 #include "settings/CCtrlConfig.h"
-#include "settings/CResCenter.h"
 #include "widgets/CCtrlGenerate.h"
 #include "widgets/keln_BitmapButton.h"
 
