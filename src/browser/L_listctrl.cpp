@@ -1,6 +1,5 @@
 #include "browser/L_listctrl.h"
 
-#include "browser/my_DirTreeCtrl.h"
 #include "browser/my_listctrl.h"
 #include "common/CustomEvents.h"
 
@@ -14,13 +13,9 @@ L_listctrl::L_listctrl(wxWindow* parent, my_listctrl* owner, int id, const wxPoi
                        const wxSize& size, long style)
     : ListingListView(parent, id, pos, size, style, owner ? owner->GetRows() : nullptr),
       m_owner(owner) {
-  // The rows are drawn (and clicked) in an inner window of the list: its
-  // mouse presses come here first, before the list acts on them.
-  for (wxWindow* child : GetChildren()) {
-    if (wxString(child->GetClassInfo()->GetClassName()) != "wxListMainWindow") continue;
-    child->Bind(wxEVT_LEFT_DOWN, &L_listctrl::OnMouseLeftDclick, this);
-    child->Bind(wxEVT_RIGHT_DOWN, &L_listctrl::OnMouseRightDown, this);
-  }
+  // The rows are drawn in an inner window of the list, which hands every
+  // mouse event to this window's handlers first and acts on it only when
+  // they let it go on: the event table below sees the presses on the rows.
 }
 
 void L_listctrl::OnChar(wxKeyEvent& event) {

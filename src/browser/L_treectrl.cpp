@@ -1,7 +1,6 @@
 #include "browser/L_treectrl.h"
 
 #include "browser/my_DirTreeCtrl.h"
-#include "browser/my_listctrl.h"
 #include "common/CustomEvents.h"
 
 BEGIN_EVENT_TABLE(L_treectrl, wxTreeCtrl)
@@ -15,9 +14,7 @@ L_treectrl::L_treectrl(wxWindow* parent, my_DirTreeCtrl* owner, int id, const wx
 
 void L_treectrl::NotePress() {
   if (m_owner == nullptr) return;
-  m_owner->SetIsLastFocus_treectrl(true);
-  if (m_owner->GetListCtrlPoint() != nullptr)
-    m_owner->GetListCtrlPoint()->SetIsLastFocus_listctrl(false);
+  m_owner->SetIsLastFocus_treectrl(true);  // the list's flag goes with it (one pane)
   PostMyCustomCommand(GetParent(),
                       m_owner->GetSelIsFolder() ? MYCMD_TREE_ENABLE_COPY : MYCMD_TREE_DISABLE_COPY);
 }

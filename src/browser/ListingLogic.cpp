@@ -146,6 +146,8 @@ wxString ParentFolder(const wxString& path) {
   return p.Left(static_cast<size_t>(last) + 1);
 }
 
+bool IsVolumeTop(const wxString& folder) { return folder.Freq('/') <= 3; }
+
 bool IsDotRowText(const wxString& text) {
   return (text.length() == 1 && text.Contains(".")) ||
          (text.length() == 2 && text.Contains(".."));

@@ -164,6 +164,10 @@ wxString FileTypeText(const wxString& name);  // text after the last ".", or emp
 // Parent of a folder path ending in "/": /mnt/C/a/b/ gives /mnt/C/a/.
 wxString ParentFolder(const wxString& path);
 
+// True when a mounted folder path ending in "/" is a volume's top folder
+// (/mnt/C/) or lies above one (/mnt/, /): it has no more than three "/".
+bool IsVolumeTop(const wxString& folder);
+
 // True for the texts of the "." and ".." rows.
 bool IsDotRowText(const wxString& text);
 

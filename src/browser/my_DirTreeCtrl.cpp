@@ -15,12 +15,12 @@
 #include "browser/L_treectrl.h"
 #include "browser/ListingLogic.h"
 #include "browser/my_TreeItemData.h"
-#include "browser/my_listctrl.h"
 #include "common/CustomEvents.h"
 #include "common/ImageFiles.h"
 #include "dialogs/CBusyMsgBox.h"
 #include "disk/View_Disk_Info.h"
 #include "display/ListingText.h"
+#include "display/VolumeText.h"
 
 namespace {
 const int kTreeId = 1004;
@@ -53,11 +53,15 @@ BEGIN_EVENT_TABLE(my_DirTreeCtrl, wxControl)
   EVT_MENU(MYCMD_TREE_PROPERTIES, my_DirTreeCtrl::OnProperties)
 END_EVENT_TABLE()
 
-my_DirTreeCtrl::my_DirTreeCtrl() { Init(); }
+my_DirTreeCtrl::my_DirTreeCtrl() {
+  m_ownPane.Attach(this);
+  Init();
+}
 
 my_DirTreeCtrl::my_DirTreeCtrl(wxWindow* parent, int id, const wxString& dir,
                                const wxPoint& pos, const wxSize& size, long style,
                                const wxString& filter, int defaultFilter, const wxString& name) {
+  m_ownPane.Attach(this);
   Init();
   Create(parent, id, dir, pos, size, style, filter, defaultFilter, name);
   m_parentWindow = parent;
@@ -72,8 +76,8 @@ void my_DirTreeCtrl::Init() {
   m_treeCtrl = nullptr;
   m_imageList = nullptr;
   m_isUpdata = false;
-  m_isLastFocus = false;
-  m_listCtrl = nullptr;
+  TreePane().SetLastFocus(FolderPane::FOCUS_TREE, false);
+  m_listView = nullptr;
   m_textCtrlPath = nullptr;
   m_parentWindow = nullptr;
   m_selIsFolder = false;
@@ -103,7 +107,7 @@ bool my_DirTreeCtrl::Create(wxWindow* parent, int id, const wxString& dir, const
   my_TreeItemData* rootData = new my_TreeItemData(wxString(), wxString(), true, false, -1);
   InitImage();
   m_treeCtrl->AssignImageList(m_imageList);
-  m_rootId = m_treeCtrl->AddRoot(wxGetTranslation("Sections"), 3, -1, rootData);
+  m_rootId = m_treeCtrl->AddRoot(wxGetTranslation("Sections"), IMG_TREE_USB, -1, rootData);
   m_treeCtrl->SetItemHasChildren(m_rootId);
   ExpandDir(m_rootId);
   SetInitialSize(size);
@@ -143,15 +147,15 @@ my_TreeItemData* my_DirTreeCtrl::DataOf(const wxTreeItemId& id) const {
 
 void my_DirTreeCtrl::SetupSections() {
   const int n = g_AllDiskPartitionInf.GetCurrentParttionNum() & 0xffff;
-  printf("asldkf = %d \n", n);
+  printf("asldkf = %d \n", n);  // fixed output: tests check this line
   fflush(stdout);
   wxArrayString names;
   wxArrayInt images;
   for (int i = 0; i < n && i < MAX_VOLUME_COUNT; ++i) {
     const VolumeInformation& v = g_AllDiskPartitionInf.m_Volume[i];
-    m_sectionPaths.Add(wxString::FromAscii(v.MountPoint));
+    m_sectionPaths.Add(VolumeText(v.MountPoint));
     names.Add(listing::DriveName(v.DriveLetter));
-    images.Add(v.Removable ? 3 : 2);
+    images.Add(v.Removable ? IMG_TREE_USB : IMG_TREE_DISK);
   }
   for (size_t i = 0; i < names.GetCount(); ++i)
     AddSection(m_sectionPaths[i], names[i], images[i], static_cast<int>(i));
@@ -210,9 +214,9 @@ void my_DirTreeCtrl::ExpandDir(wxTreeItemId parentId) {
   const wxString prefix = dirName.EndsWith("/") ? dirName : dirName + "/";
   for (const wxString& name : dirs) {
     my_TreeItemData* child = new my_TreeItemData(prefix + name, name, true, false, -1);
-    wxTreeItemId id = AppendItem(parentId, name, 0, -1, child);
+    wxTreeItemId id = AppendItem(parentId, name, IMG_TREE_FOLDER, -1, child);
     if (!id.IsOk()) continue;
-    m_treeCtrl->SetItemImage(id, 1, wxTreeItemIcon_Expanded);
+    m_treeCtrl->SetItemImage(id, IMG_TREE_FOLDER_OPEN, wxTreeItemIcon_Expanded);
     if (child->HasSubDirs() || (!HasFlag(kDirsOnly) && child->HasFiles(m_currentFilter)))
       m_treeCtrl->SetItemHasChildren(id);
   }
@@ -334,9 +338,25 @@ bool my_DirTreeCtrl::ExtractWildcard(const wxString& filterSpec, int n, wxString
   return false;
 }
 
+void my_DirTreeCtrl::SetListCtrlPoint(FolderPaneView* list) {
+  m_listView = list;
+  if (list != nullptr && list->Pane() != nullptr) list->Pane()->Attach(this);
+}
+
+void my_DirTreeCtrl::OnPaneFollowFolder(const wxString& folder) {
+  SetIsUpdata(true);
+  SetPath(folder);
+  SetIsUpdata(false);
+}
+
+void my_DirTreeCtrl::OnPanePathText(const wxString& text) {
+  if (m_textCtrlPath != nullptr) m_textCtrlPath->SetValue(text);
+}
+
+int my_DirTreeCtrl::OnPaneVolumeIndex(const wxString& path) { return GetPartition_index(path); }
+
 void my_DirTreeCtrl::SetFocus() {
-  m_isLastFocus = true;
-  if (m_listCtrl != nullptr) m_listCtrl->SetIsLastFocus_listctrl(false);
+  TreePane().SetLastFocus(FolderPane::FOCUS_TREE, true);
   PostMyCustomCommand(m_parentWindow,
                       m_selIsFolder ? MYCMD_TREE_ENABLE_COPY : MYCMD_TREE_DISABLE_COPY);
   if (m_treeCtrl != nullptr) m_treeCtrl->SetFocus();
@@ -367,10 +387,7 @@ unsigned long long my_DirTreeCtrl::Account_Dir_File_Size(const wxString& path) {
 }
 
 void my_DirTreeCtrl::ShowInList(const wxString& folderWithSlash) {
-  if (m_listCtrl == nullptr) return;
-  if (m_listCtrl->GetCurrentColumnIndex() != -1) m_listCtrl->InitColumnUpDown();
-  m_listCtrl->Read_FileDir_Array(folderWithSlash);
-  m_listCtrl->List_FileTable();
+  TreePane().ShowFolder(folderWithSlash);
 }
 
 void my_DirTreeCtrl::OnExpandItem(wxTreeEvent& event) {
@@ -379,7 +396,7 @@ void my_DirTreeCtrl::OnExpandItem(wxTreeEvent& event) {
   ExpandDir(item);
   if (m_isUpdata) {
     m_isUpdata = false;
-    if (m_listCtrl != nullptr) m_listCtrl->SetIsUpdataTreeCtrl(true);
+    TreePane().SetUpdateTree(true);
     return;
   }
   CBusyMsgBox busy(wxGetTranslation("Please wait, working..."), m_parentWindow,
@@ -388,11 +405,10 @@ void my_DirTreeCtrl::OnExpandItem(wxTreeEvent& event) {
   if (m_textCtrlPath != nullptr) m_textCtrlPath->SetValue(CovertPath(path));
   my_TreeItemData* data = DataOf(item);
   if (!path.empty() && data != nullptr && data->HasSubDirs()) {
-    if (data->m_isSection && m_listCtrl != nullptr)
-      m_listCtrl->Refresh_column(data->m_partitionIndex);
+    if (data->m_isSection) TreePane().OpenVolume(data->m_partitionIndex);
     path += "/";
     ShowInList(path);
-    if (m_listCtrl != nullptr) m_listCtrl->SetLoadedFromTree(true);
+    TreePane().SetLoadedFromTree(true);
   }
 }
 
@@ -428,7 +444,7 @@ void my_DirTreeCtrl::OnItemActivated(wxTreeEvent& event) {
   if (!data->HasSubDirs()) {
     path += "/";
     ShowInList(path);
-    if (m_listCtrl != nullptr) m_listCtrl->SetLoadedFromTree(true);
+    TreePane().SetLoadedFromTree(true);
     if (m_textCtrlPath != nullptr) m_textCtrlPath->SetValue(CovertPath(path));
   }
   if (!data->m_isExpanded) {
@@ -440,7 +456,7 @@ void my_DirTreeCtrl::OnItemActivated(wxTreeEvent& event) {
 }
 
 void my_DirTreeCtrl::OnSelChanged(wxTreeEvent& event) {
-  if (!m_isLastFocus) return;
+  if (!GetIsLastFocus_treectrl()) return;
   my_TreeItemData* data = DataOf(event.GetItem());
   if (data == nullptr) return;
   if (!data->m_isSection) {
@@ -476,14 +492,8 @@ wxMenu* my_DirTreeCtrl::CreateItemMenu() const {
 }
 
 void my_DirTreeCtrl::ShowMenu(wxTreeItemId id, const wxPoint& pt) {
-  wxString title;
-  if (id.IsOk()) {
-    m_treeCtrl->SelectItem(id);
-    title = "Menu for " + m_treeCtrl->GetItemText(id);
-  } else {
-    title = "Menu for no particular item";
-  }
-  wxMenu* menu = CreateItemMenu();  // created without a title
+  if (id.IsOk()) m_treeCtrl->SelectItem(id);
+  wxMenu* menu = CreateItemMenu();  // a menu without a title
   PopupMenu(menu, pt);
   delete menu;
 }

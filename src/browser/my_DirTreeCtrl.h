@@ -1,7 +1,9 @@
 // The source directory tree: one root per mounted volume ("C:", "D:", ...),
-// folders read lazily on expansion in directory order. It fills the source
-// file list and the frame's path field, and tells the frame through custom
-// command codes 400 to 405 (MYCMD_TREE_*) what is current and what the user chose.
+// folders read lazily on expansion in directory order. Through the folder
+// pane it shares with the source file list it has folders listed there and
+// follows the list's folder; it writes the frame's path field, and tells the
+// frame through custom command codes 400 to 405 (MYCMD_TREE_*) what is
+// current and what the user chose.
 #pragma once
 
 #include <wx/control.h>
@@ -11,11 +13,20 @@
 
 #include <cstdint>
 
+#include "browser/FolderPane.h"
+
 class L_treectrl;
-class my_listctrl;
 class my_TreeItemData;
 
-class my_DirTreeCtrl : public wxControl {
+// Positions in the tree's image list.
+enum TreeImage {
+  IMG_TREE_FOLDER = 0,       // a folder
+  IMG_TREE_FOLDER_OPEN = 1,  // an expanded folder
+  IMG_TREE_DISK = 2,         // a volume on a fixed disk
+  IMG_TREE_USB = 3,          // a volume on a USB disk; also the hidden root
+};
+
+class my_DirTreeCtrl : public wxControl, public FolderPaneView {
  public:
   my_DirTreeCtrl();
   my_DirTreeCtrl(wxWindow* parent, int id, const wxString& dir, const wxPoint& pos,
@@ -57,15 +68,20 @@ class my_DirTreeCtrl : public wxControl {
   void imageLoad(wxBitmap& bitmap, wxString path, int type);
   wxImageList* GetImageList() const { return m_imageList; }
 
-  // Wiring.
-  void SetListCtrlPoint(my_listctrl* list) { m_listCtrl = list; }
-  my_listctrl* GetListCtrlPoint() const { return m_listCtrl; }
+  // Wiring: the tree shows the folder pane of the given list (until then a
+  // pane of its own), and writes locations into the frame's path field.
+  void SetListCtrlPoint(FolderPaneView* list);
+  FolderPaneView* GetListCtrlPoint() const { return m_listView; }
   void SetTextCtrlPath(wxTextCtrl* text) { m_textCtrlPath = text; }
   wxTextCtrl* GetTextCtrlPath() const { return m_textCtrlPath; }
   void SetIsUpdata(bool flag) { m_isUpdata = flag; }
   bool GetIsUpdata() const { return m_isUpdata; }
-  void SetIsLastFocus_treectrl(bool flag) { m_isLastFocus = flag; }
-  bool GetIsLastFocus_treectrl() const { return m_isLastFocus; }
+  void SetIsLastFocus_treectrl(bool flag) {
+    TreePane().SetLastFocus(FolderPane::FOCUS_TREE, flag);
+  }
+  bool GetIsLastFocus_treectrl() const {
+    return TreePane().IsLastFocus(FolderPane::FOCUS_TREE);
+  }
   bool GetSelIsFolder() const { return m_selIsFolder; }
   const wxArrayString& GetSectionPaths() const { return m_sectionPaths; }
   const wxString& GetDefaultPath() const { return m_defaultPath; }
@@ -90,7 +106,14 @@ class my_DirTreeCtrl : public wxControl {
   void OnProperties(wxCommandEvent& event);
   void ShowMenu(wxTreeItemId id, const wxPoint& pt);
 
+  // What the list asks of the tree through the pane.
+  void OnPaneFollowFolder(const wxString& folder) override;
+  void OnPanePathText(const wxString& text) override;
+  int OnPaneVolumeIndex(const wxString& path) override;
+
  private:
+  // The pane the tree shows: the list's once joined, else its own.
+  FolderPane& TreePane() const { return Pane() != nullptr ? *Pane() : m_ownPane; }
   my_TreeItemData* DataOf(const wxTreeItemId& id) const;
   void ShowInList(const wxString& folderWithSlash);
 
@@ -103,9 +126,9 @@ class my_DirTreeCtrl : public wxControl {
   L_treectrl* m_treeCtrl;
   wxImageList* m_imageList;
   bool m_isUpdata;
-  bool m_isLastFocus;
   wxArrayString m_sectionPaths;
-  my_listctrl* m_listCtrl;
+  FolderPaneView* m_listView;
+  mutable FolderPane m_ownPane;
   wxTextCtrl* m_textCtrlPath;
   wxWindow* m_parentWindow;  // target of posted codes, parent of the busy box
   bool m_selIsFolder;

@@ -1,6 +1,7 @@
-// Test environment of the source browser: volumes C:, D: (fixed disk) and E:
-// (removable) mounted through the faked devices under the private /mnt, real
-// files below them, and a window holding the source tree and list wired
+// Test environment of the source browser: volumes C: (FAT, "DATA"), D: (NTFS,
+// labelled "Données" in the disk layer's Latin-1 bytes) on a fixed disk and
+// E: (FAT, "STICK") on a removable one, mounted through the faked devices
+// under the private /mnt, real files below them, and a window holding the source tree and list wired
 // together as the main frame wires them.
 #pragma once
 
@@ -104,6 +105,9 @@ class RecordingTree : public my_DirTreeCtrl {
 // Mounts the test volumes; removes what the tests wrote under /mnt.
 class TestVolumes {
  public:
+  // D:'s label as the disk layer keeps it: "Données", one byte per character.
+  static constexpr const char* kLatin1Label = "Donn\xe9" "es";
+
   explicit TestVolumes(bool withVolumes = true) {
     if (!InPrivateMnt()) return;
     ok_ = true;
@@ -111,7 +115,9 @@ class TestVolumes {
     if (withVolumes) {
       dirA_ = MakeTempDir("vantori-browser-a");
       dirB_ = MakeTempDir("vantori-browser-b");
-      fake_.AddIdeDisk("/dev/hda", MakeFatVolumesImage(dirA_, {"DATA", "BACKUP"}), "TEST DISK");
+      fake_.AddIdeDisk("/dev/hda",
+                       MakeVolumesImage(dirA_, "volumes.img", {{'F', "DATA"}, {'N', kLatin1Label}}),
+                       "TEST DISK");
       fake_.AddIdeDisk("/dev/hdb", MakeFatVolumesImage(dirB_, {"STICK"}), "STICK", true);
     }
     g_AllDiskPartitionInf.UI_FreeMemory();

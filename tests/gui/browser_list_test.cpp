@@ -82,11 +82,14 @@ TEST_F(BrowserListTest, DriveModeListsTheVolumes) {
   ASSERT_EQ(win->Rows(), 3);
   EXPECT_EQ(win->Column0(), (std::vector<wxString>{"C:", "D:", "E:"}));
   for (int i = 0; i < 3; ++i)
-    EXPECT_EQ(win->Cell(i, 1), wxString::FromAscii(g_AllDiskPartitionInf.m_Volume[i].VolumeLabel));
+    EXPECT_EQ(win->Cell(i, 1),
+              wxString(g_AllDiskPartitionInf.m_Volume[i].VolumeLabel, wxConvISO8859_1));
   EXPECT_TRUE(win->Cell(0, 1).StartsWith("DATA"));
   EXPECT_TRUE(win->Cell(2, 1).StartsWith("STICK"));
-  EXPECT_EQ(win->Cell(0, 2), wxString::FromAscii(g_AllDiskPartitionInf.m_Volume[0].SizeText));
-  EXPECT_EQ(win->Cell(0, 3), wxString::FromAscii(g_AllDiskPartitionInf.m_Volume[0].FreeText));
+  EXPECT_EQ(win->Cell(0, 2), wxString(g_AllDiskPartitionInf.m_Volume[0].SizeText, wxConvISO8859_1));
+  EXPECT_EQ(win->Cell(0, 3), wxString(g_AllDiskPartitionInf.m_Volume[0].FreeText, wxConvISO8859_1));
+  EXPECT_FALSE(win->Cell(0, 2).empty());
+  EXPECT_FALSE(win->Cell(0, 3).empty());
   const ListingRows* rows = win->list->GetRows();
   EXPECT_EQ(rows->Image(0), 34);
   EXPECT_EQ(rows->Image(1), 34);
@@ -454,9 +457,18 @@ TEST_F(BrowserListTest, EmptyOrUnreadableFolderListsOnlyDotDot) {
   win->Activate(win->RowOf("empty"));
   ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/empty/"; }));
   EXPECT_EQ(win->Column0(), std::vector<wxString>{".."});
+  // From a listing with folders and files, a folder that cannot be read
+  // empties both arrays and keeps the path.
+  win->list->Copy_Refresh_Filelisttabel("/mnt/C/docs");
+  ASSERT_EQ(win->list->GetDirArray().GetCount(), 1u);
+  ASSERT_EQ(win->list->GetFileArray().GetCount(), 1u);
+  ASSERT_EQ(win->Rows(), 3);
   EXPECT_EQ(win->list->Read_FileDir_Array("/mnt/C/no-such/"), -1);
-  EXPECT_EQ(win->list->GetCurrentListctrlPath(), "/mnt/C/empty/");
+  EXPECT_EQ(win->list->GetCurrentListctrlPath(), "/mnt/C/docs/");
   EXPECT_EQ(win->list->GetDirArray().GetCount(), 0u);
+  EXPECT_EQ(win->list->GetFileArray().GetCount(), 0u);
+  EXPECT_EQ(win->list->List_FileTable(), 0);
+  EXPECT_EQ(win->Column0(), std::vector<wxString>{".."});
 }
 
 TEST_F(BrowserListTest, OddNamesListAndOpen) {
@@ -550,4 +562,67 @@ TEST_F(BrowserListTest, ImageLoadGivesThePictureOrAnEmptyBitmap) {
   wxBitmap none(16, 16);
   win->list->imageLoad(none, "./res/vantori/bmp/no-such.png", wxBITMAP_TYPE_PNG);
   EXPECT_FALSE(none.IsOk());
+}
+
+TEST_F(BrowserListTest, GoingUpIntoAFolderThatCannotBeReadListsOnlyDotDot) {
+  OpenC();
+  win->Activate(win->RowOf("docs"));
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/docs/"; }));
+  win->Activate(win->RowOf("inner"));
+  ASSERT_TRUE(vt::PumpUntil(
+      [&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/docs/inner/"; }));
+  vt::WriteFile("/mnt/C/docs/inner/more.c", "int y;");
+  win->list->Copy_Refresh_Filelisttabel("/mnt/C/docs/inner");
+  ASSERT_EQ(win->Rows(), 3);
+  // The folder above goes away while it is shown: going up cannot read it.
+  vt::RemoveTree("/mnt/C/docs");
+  win->L()->SetFocus();
+  vt::Pump(30);
+  win->Key(WXK_BACK);
+  EXPECT_EQ(win->Column0(), std::vector<wxString>{".."}) << "no blank rows are left behind";
+  EXPECT_TRUE(win->Selected().empty());
+  EXPECT_EQ(win->list->GetDirArray().GetCount(), 0u);
+  EXPECT_EQ(win->list->GetFileArray().GetCount(), 0u);
+}
+
+TEST_F(BrowserListTest, GoingUpAfterARefreshWithFewerVolumesStopsAtTheVolumeTop) {
+  // E: is opened, then a refresh finds only C: and D:; the list's remembered
+  // volume is gone from the inventory.
+  win->Activate(2);
+  ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/E/"; }));
+  volumes->Fake().FailOpen("/dev/hdb");
+  g_AllDiskPartitionInf.UI_FreeMemory();
+  g_AllDiskPartitionInf.UI_InitDevice();
+  g_AllDiskPartitionInf.GetDiskParttionInfo();
+  ASSERT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 2);
+  win->tree->UpdateMyDirTreeCtrl();
+  win->list->InitParttionList();
+  // The copy's end shows a folder of C: in the list.
+  mkdir("/mnt/C/docs/inner/leaf", 0755);
+  win->list->Copy_Refresh_Filelisttabel("/mnt/C/docs");
+  ASSERT_EQ(win->list->GetCurrentListctrlPath(), "/mnt/C/docs/");
+  win->L()->SetFocus();
+  vt::Pump(30);
+  win->Key(WXK_BACK);
+  EXPECT_EQ(win->list->GetCurrentListctrlPath(), "/mnt/C/");
+  win->Key(WXK_BACK);
+  EXPECT_EQ(win->list->GetCurrentListctrlPath(), "") << "never above the volume's top";
+  EXPECT_EQ(win->Column0(), (std::vector<wxString>{"C:", "D:"}));
+  EXPECT_EQ(win->Selected(), std::vector<long>{0});
+  win->Key(WXK_BACK);
+  EXPECT_EQ(win->list->GetCurrentListctrlPath(), "");
+}
+
+TEST_F(BrowserListTest, LabelWithBytesAbove0x7FShowsItsLetters) {
+  // D: is an NTFS volume labelled "Données": the disk layer keeps the low
+  // byte of each character, and the row shows the letters again (an
+  // assertion of the conversion would fail the test).
+  ASSERT_STREQ(g_AllDiskPartitionInf.m_Volume[1].VolumeLabel, TestVolumes::kLatin1Label);
+  EXPECT_EQ(win->Cell(1, 1), wxString(L"Donn\u00e9es"));
+  // Every rebuild of the drive list converts the labels again.
+  win->list->InitParttionList();
+  EXPECT_EQ(win->Cell(1, 1), wxString(L"Donn\u00e9es"));
+  win->tree->UpdateMyDirTreeCtrl();
+  EXPECT_EQ(win->TreeChildren(win->T()->GetRootItem()),
+            (std::vector<wxString>{"C:", "D:", "E:"}));
 }

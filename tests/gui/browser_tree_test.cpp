@@ -230,8 +230,29 @@ TEST_F(BrowserTreeTest, TreeFollowsTheListAndTheListFollowsTheTree) {
 }
 
 TEST_F(BrowserTreeTest, FindChildMatchesWholeComponents) {
+  // Folders holding only "a" and only "ab": whatever order the directory
+  // returns, a search for one never lands on the other.
+  for (const char* d : {"/mnt/C/onlya", "/mnt/C/onlya/a", "/mnt/C/onlyab", "/mnt/C/onlyab/ab"})
+    mkdir(d, 0755);
   win->T()->Expand(C());
   vt::Pump(50);
+  const wxTreeItemId onlyA = win->TreeChild(C(), "onlya");
+  const wxTreeItemId onlyAb = win->TreeChild(C(), "onlyab");
+  ASSERT_TRUE(onlyA.IsOk());
+  ASSERT_TRUE(onlyAb.IsOk());
+  win->T()->Expand(onlyA);
+  win->T()->Expand(onlyAb);
+  vt::Pump(50);
+  ASSERT_EQ(win->TreeChildren(onlyA), std::vector<wxString>{"a"});
+  ASSERT_EQ(win->TreeChildren(onlyAb), std::vector<wxString>{"ab"});
+  bool untouched = true;
+  EXPECT_FALSE(win->tree->FindChild(onlyA, "/mnt/C/onlya/ab", untouched).IsOk());
+  EXPECT_FALSE(win->tree->FindChild(onlyAb, "/mnt/C/onlyab/a", untouched).IsOk());
+  EXPECT_TRUE(untouched);
+  bool whole = false;
+  EXPECT_EQ(win->T()->GetItemText(win->tree->FindChild(onlyAb, "/mnt/C/onlyab/ab", whole)), "ab");
+  EXPECT_TRUE(whole);
+  // Beside each other, in either order.
   bool done = false;
   wxTreeItemId id = win->tree->FindChild(C(), "/mnt/C/ab", done);
   ASSERT_TRUE(id.IsOk());
