@@ -49,13 +49,26 @@ bool ScanDirectory(const wxString& path, const std::function<void(const RawEntry
   return true;
 }
 
+namespace {
+// The file types with an icon of their own, in the order of their images:
+// the first is IMG_FIRST_TYPE, each next one the following image.
+const char* const kTypeExtensions[] = {
+    "BAT", "BMP", "C",   "CFG", "CPP", "DB",  "DLL", "DOC", "DSP", "DSW",
+    "EXE", "GIF", "H",   "IE",  "INI", "JPG", "MDB", "MP3", "MPG", "PCX",
+    "PDF", "PPT", "PSD", "PUB", "RAR", "REG", "TXT", "WAV", "XLS",
+};
+static_assert(IMG_FIRST_TYPE + sizeof(kTypeExtensions) / sizeof(kTypeExtensions[0]) ==
+                  IMG_DEFAULT,
+              "the type images end where the default image starts");
+}  // namespace
+
 int GetFileImageIndex(const wxString& name) {
   const wxScopedCharBuffer ascii = name.Upper().ToAscii();
   const char* s = ascii.data();
   const size_t len = s ? std::strlen(s) : 0;
 
-  // Collect up to three characters backwards until a dot.
-  char ext[4] = {0, 0, 0, 0};
+  // The extension: up to three characters after the last dot; a fourth
+  // character before any dot means there is none.
   size_t got = 0;
   bool dot = false;
   for (size_t i = len; i-- > 0;) {
@@ -63,74 +76,13 @@ int GetFileImageIndex(const wxString& name) {
       dot = true;
       break;
     }
-    if (got == 3) return IMG_DEFAULT;  // a fourth character: no usable extension
+    if (got == 3) return IMG_DEFAULT;
     ++got;
   }
   if (!dot || got == 0) return IMG_DEFAULT;
-  std::memcpy(ext, s + len - got, got);
-
-  const char a = ext[0], b = ext[1], c = ext[2];
-  switch (a) {
-    case 'B':
-      if (b == 'A' && c == 'T') return 2;
-      if (b == 'M' && c == 'P') return 3;
-      break;
-    case 'C':
-      if (b == 0) return 4;
-      if (b == 'F' && c == 'G') return 5;
-      if (b == 'P' && c == 'P') return 6;
-      break;
-    case 'D':
-      if (b == 'B' && c == 0) return 7;
-      if (b == 'L' && c == 'L') return 8;
-      if (b == 'O' && c == 'C') return 9;
-      if (b == 'S' && c == 'P') return 10;
-      if (b == 'S' && c == 'W') return 11;
-      break;
-    case 'E':
-      if (b == 'X' && c == 'E') return 12;
-      break;
-    case 'G':
-      if (b == 'I' && c == 'F') return 13;
-      break;
-    case 'H':
-      if (b == 0) return 14;
-      break;
-    case 'I':
-      if (b == 'E' && c == 0) return 15;
-      if (b == 'N' && c == 'I') return 16;
-      break;
-    case 'J':
-      if (b == 'P' && c == 'G') return 17;
-      break;
-    case 'M':
-      if (b == 'D' && c == 'B') return 18;
-      if (b == 'P' && c == '3') return 19;
-      if (b == 'P' && c == 'G') return 20;
-      break;
-    case 'P':
-      if (b == 'C' && c == 'X') return 21;
-      if (b == 'D' && c == 'F') return 22;
-      if (b == 'P' && c == 'T') return 23;
-      if (b == 'S' && c == 'D') return 24;
-      if (b == 'U' && c == 'B') return 25;
-      break;
-    case 'R':
-      if (b == 'A' && c == 'R') return 26;
-      if (b == 'E' && c == 'G') return 27;
-      break;
-    case 'T':
-      if (b == 'X' && c == 'T') return 28;
-      break;
-    case 'W':
-      if (b == 'A' && c == 'V') return 29;
-      break;
-    case 'X':
-      if (b == 'L' && c == 'S') return 30;
-      break;
-    default:
-      break;
-  }
+  const char* ext = s + len - got;
+  for (size_t i = 0; i < sizeof(kTypeExtensions) / sizeof(kTypeExtensions[0]); ++i)
+    if (std::strcmp(ext, kTypeExtensions[i]) == 0) return IMG_FIRST_TYPE + static_cast<int>(i);
   return IMG_DEFAULT;
 }
 

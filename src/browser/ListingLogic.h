@@ -28,6 +28,7 @@ enum { COL_NAME = 0, COL_SIZE = 1, COL_TYPE = 2, COL_MODIFIED = 3 };
 enum {
   IMG_FOLDER = 0,
   IMG_FILE = 1,
+  IMG_FIRST_TYPE = 2,  // the file types (BAT, BMP, ... XLS) follow in table order
   IMG_DEFAULT = 31,
   IMG_SORT_UP = 32,
   IMG_SORT_DOWN = 33,
@@ -56,8 +57,8 @@ bool ScanDirectory(const wxString& path, const std::function<void(const RawEntry
 // entry is still shown (never dropped).
 wxString NameFromBytes(const char* bytes);
 
-// Icon index for a file name: upper-cased extension of one to three
-// characters looked up in the fixed type table, 31 otherwise.
+// Icon index for a file name: the upper-cased extension of one to three
+// characters looked up in the fixed type table, IMG_DEFAULT otherwise.
 int GetFileImageIndex(const wxString& name);
 
 // Reads `path` into the two arrays (emptied first, also on failure). The
