@@ -20,7 +20,11 @@
 #include <string>
 #include <vector>
 
+#include <sys/stat.h>
+#include <sys/time.h>
+
 #include "browser/L_listctrl.h"
+#include "browser/FolderListCtrl.h"
 #include "browser/L_treectrl.h"
 #include "browser/my_DirTreeCtrl.h"
 #include "browser/my_TreeItemData.h"
@@ -144,40 +148,11 @@ class TestVolumes {
   std::string dirA_, dirB_;
 };
 
-// A top-level window with the path field, the tree (id 1002) and the list
-// (id 1001) in a splitter; every custom command code that reaches the
-// window is recorded.
-class BrowserWindow {
+// Rows, cells and input of a window holding one file list (`folderList`):
+// what every file list's tests drive.
+class ListDriver {
  public:
-  BrowserWindow() {
-    top = new wxFrame(nullptr, wxID_ANY, "browser", wxPoint(0, 0), wxSize(900, 600));
-    panel = new wxPanel(top, wxID_ANY);
-    path = new wxTextCtrl(panel, wxID_ANY, "c:\\", wxPoint(5, 5), wxSize(600, 26));
-    splitter = new wxSplitterWindow(panel, wxID_ANY, wxPoint(5, 40), wxSize(880, 520), 0x300,
-                                    "splitter");
-    tree = new RecordingTree;
-    tree->Create(splitter, 1002, "D:\\", wxDefaultPosition, wxDefaultSize, 0x90, wxString(), 0,
-                 wxString());
-    list = new RecordingList;
-    list->Create(splitter, 1001, wxDefaultPosition, wxDefaultSize, wxBORDER_SUNKEN, wxString());
-    splitter->SplitVertically(tree, list, 200);
-    splitter->SetMinimumPaneSize(1);
-    tree->SetListCtrlPoint(list);
-    tree->SetTextCtrlPath(path);
-    list->SetPDirTree(tree);
-    top->Bind(wxEventTypeTag<wxCommandEvent>(wxEVT_MY_CUSTOM_COMMAND), [this](wxCommandEvent& e) { codes.push_back(e.GetId()); });
-    top->Show();
-    top->Raise();
-    PumpUntil([this] { return top->IsShownOnScreen(); });
-    Pump(150);
-  }
-  ~BrowserWindow() {
-    top->Destroy();
-    Pump(30);
-  }
-
-  wxListCtrl* L() const { return list->GetListCtrl(); }
-  wxTreeCtrl* T() const { return tree->GetTreeCtrl(); }
+  wxListCtrl* L() const { return folderList->GetListView(); }
 
   int Rows() const { return L()->GetItemCount(); }
   wxString Cell(long row, int column) const { return L()->GetItemText(row, column); }
@@ -211,11 +186,6 @@ class BrowserWindow {
     for (int c = 0; c < column; ++c) x += L()->GetColumnWidth(c);
     return L()->ClientToScreen(wxPoint(x + 20, 8));
   }
-  wxPoint TreeItemPoint(const wxTreeItemId& id) const {
-    wxRect r;
-    T()->GetBoundingRect(id, r, true);
-    return T()->ClientToScreen(wxPoint(r.x + r.width / 2, r.y + r.height / 2));
-  }
 
   void Click(const wxPoint& p, int button = wxMOUSE_BTN_LEFT) {
     wxUIActionSimulator sim;
@@ -247,6 +217,50 @@ class BrowserWindow {
 
   // Activates a row as a double-click does.
   void Activate(long row) { DoubleClick(RowPoint(row)); }
+
+  FolderListCtrl* folderList = nullptr;
+};
+
+// A top-level window with the path field, the tree (id 1002) and the list
+// (id 1001) in a splitter; every custom command code that reaches the
+// window is recorded.
+class BrowserWindow : public ListDriver {
+ public:
+  BrowserWindow() {
+    top = new wxFrame(nullptr, wxID_ANY, "browser", wxPoint(0, 0), wxSize(900, 600));
+    panel = new wxPanel(top, wxID_ANY);
+    path = new wxTextCtrl(panel, wxID_ANY, "c:\\", wxPoint(5, 5), wxSize(600, 26));
+    splitter = new wxSplitterWindow(panel, wxID_ANY, wxPoint(5, 40), wxSize(880, 520), 0x300,
+                                    "splitter");
+    tree = new RecordingTree;
+    tree->Create(splitter, 1002, "D:\\", wxDefaultPosition, wxDefaultSize, 0x90, wxString(), 0,
+                 wxString());
+    list = new RecordingList;
+    list->Create(splitter, 1001, wxDefaultPosition, wxDefaultSize, wxBORDER_SUNKEN, wxString());
+    folderList = list;
+    splitter->SplitVertically(tree, list, 200);
+    splitter->SetMinimumPaneSize(1);
+    tree->SetListCtrlPoint(list);
+    tree->SetTextCtrlPath(path);
+    list->SetPDirTree(tree);
+    top->Bind(wxEventTypeTag<wxCommandEvent>(wxEVT_MY_CUSTOM_COMMAND), [this](wxCommandEvent& e) { codes.push_back(e.GetId()); });
+    top->Show();
+    top->Raise();
+    PumpUntil([this] { return top->IsShownOnScreen(); });
+    Pump(150);
+  }
+  ~BrowserWindow() {
+    top->Destroy();
+    Pump(30);
+  }
+
+  wxTreeCtrl* T() const { return tree->GetTreeCtrl(); }
+
+  wxPoint TreeItemPoint(const wxTreeItemId& id) const {
+    wxRect r;
+    T()->GetBoundingRect(id, r, true);
+    return T()->ClientToScreen(wxPoint(r.x + r.width / 2, r.y + r.height / 2));
+  }
 
   wxTreeItemId TreeChild(const wxTreeItemId& parent, const wxString& label) const {
     wxTreeItemIdValue cookie;
@@ -280,6 +294,29 @@ class BrowserWindow {
   RecordingList* list;
   std::vector<int> codes;
 };
+
+// C: as the file-list tests find it: folders docs (with readme.txt and
+// inner/deep.c) and alpha, files b.txt (1536 bytes), a.exe (511) and
+// Makefile (512), each with a known modification time.
+inline void FillListTestVolume() {
+  const auto setTime = [](const char* path, time_t t) {
+    struct timeval tv[2] = {{t, 0}, {t, 0}};
+    utimes(path, tv);
+  };
+  mkdir("/mnt/C/docs", 0755);
+  mkdir("/mnt/C/docs/inner", 0755);
+  mkdir("/mnt/C/alpha", 0755);
+  WriteFile("/mnt/C/docs/readme.txt", std::string(100, 'r'));
+  WriteFile("/mnt/C/docs/inner/deep.c", "int x;");
+  WriteFile("/mnt/C/b.txt", std::string(1536, 'b'));
+  WriteFile("/mnt/C/a.exe", std::string(511, 'a'));
+  WriteFile("/mnt/C/Makefile", std::string(512, 'm'));
+  setTime("/mnt/C/b.txt", 1000000000);
+  setTime("/mnt/C/a.exe", 1200000000);
+  setTime("/mnt/C/Makefile", 1100000000);
+  setTime("/mnt/C/docs", 1300000000);
+  setTime("/mnt/C/alpha", 1250000000);
+}
 
 // Folder and file names that must list and open like any other: blanks,
 // quotes, non-ASCII letters and a leading dot.
