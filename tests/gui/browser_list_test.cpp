@@ -1,7 +1,8 @@
 // The source file list driven through real windows: drive mode, opening and
-// leaving folders by double-click, Enter, the ".." row and Backspace,
-// sorting by header clicks, Ctrl+A, the context menu and the codes posted.
-#include "browser_env.h"
+// leaving folders by double-click, Enter, the ".." row and Backspace, the
+// tree and path field following, Ctrl+A, the context menu and the codes
+// posted. What every file list shares is in folder_list_test.cpp.
+#include "folder_list_env.h"
 
 #include <wx/imaglist.h>
 #include <wx/settings.h>
@@ -28,29 +29,9 @@ bool HasKeyboardFocus(wxWindow* w) {
   return false;
 }
 
-class BrowserListTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_TRUE(vt::InPrivateMnt()) << "run inside tests/run-in-mntns.sh";
-    volumes.reset(new TestVolumes);
-    ASSERT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 3);
-    vt::FillListTestVolume();
-    win.reset(new BrowserWindow);
-  }
-  void TearDown() override {
-    win.reset();
-    volumes.reset();
-  }
-
-  // Opens C: from the drive list by double-click.
-  void OpenC() {
-    win->Activate(0);
-    ASSERT_TRUE(vt::PumpUntil([&] { return win->list->GetCurrentListctrlPath() == "/mnt/C/"; }));
-  }
-
-  std::unique_ptr<TestVolumes> volumes;
-  std::unique_ptr<BrowserWindow> win;
-};
+// The source list's own behaviour (drive mode, the tree and the path field
+// following it, the frame's codes), in the fixture of the shared tests.
+class BrowserListTest : public vt::FolderListTest<vt::SourceListKind> {};
 
 }  // namespace
 
