@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "browser/FileTypeIcons.h"
 #include "browser/ListingLogic.h"
 #include "display/ListingText.h"
 
@@ -170,6 +171,24 @@ void FolderListCtrl::SortByHeader(int column) {
   else
     Sort_drop(column);
   List_FileTable();
+}
+
+ListingListView* FolderListCtrl::CreateListView(const wxSize& size, long style) {
+  return new ListingListView(this, kListId, wxPoint(0, 0), size, style, GetRows());
+}
+
+int FolderListCtrl::InitImage() {
+  m_imageListSmall = new wxImageList(16, 16, true, 1);
+  m_imageListNormal = new wxImageList(32, 32, true, 1);
+  listing::FillListImages(*m_imageListSmall, listing::kDestListImages);
+  return 0;
+}
+
+void FolderListCtrl::OnUpList(wxCommandEvent& WXUNUSED(event)) {
+  if (GetCurrentColumnIndex() != -1) InitColumnUpDown();
+  const wxString folder = m_pane.Folder();
+  if (folder.empty() || listing::IsVolumeTop(folder)) return;
+  if (ListParentFolder()) SetListFocus(1);
 }
 
 bool FolderListCtrl::ListParentFolder() {

@@ -5,11 +5,13 @@
 // header clicks with an arrow on the sorted column, goes up a level, and
 // selects rows.
 //
-// A list class builds on it by creating its inner widget (CreateListView),
-// loading its images (InitImage), saying whether it shows a ".." row
-// (ShowsDotRow) and has a drive list before its folders (HasDriveMode), and
-// by its own event table and handlers; OnUpList is its way up a level (run by
-// Backspace).
+// On its own it is a plain folder list: a ListingListView with the file
+// images, a ".." row, no drive list, and Backspace going up to the volume's
+// top. A list class builds on it by creating its own inner widget
+// (CreateListView), loading its images (InitImage), saying whether it shows a
+// ".." row (ShowsDotRow) and has a drive list before its folders
+// (HasDriveMode), and by its own event table and handlers; OnUpList is its
+// way up a level (run by Backspace).
 #pragma once
 
 #include <wx/control.h>
@@ -55,7 +57,7 @@ class FolderListCtrl : public wxControl, public FolderPaneView {
   wxArrayString GetSelectedNames();
 
   // Going up a level (the list's own rules).
-  virtual void OnUpList(wxCommandEvent& event) = 0;
+  virtual void OnUpList(wxCommandEvent& event);
 
   FolderPane* GetPane() { return &m_pane; }
   ListingListView* GetListView() const { return m_list; }
@@ -77,10 +79,10 @@ class FolderListCtrl : public wxControl, public FolderPaneView {
   bool CreateFolderList(wxWindow* parent, int id, const wxPoint& pos, const wxSize& size,
                         long style, const wxString& name);
 
-  virtual ListingListView* CreateListView(const wxSize& size, long style) = 0;
-  virtual int InitImage() = 0;
-  virtual bool ShowsDotRow() const = 0;
-  virtual bool HasDriveMode() const = 0;
+  virtual ListingListView* CreateListView(const wxSize& size, long style);
+  virtual int InitImage();
+  virtual bool ShowsDotRow() const { return true; }
+  virtual bool HasDriveMode() const { return false; }
 
   bool IsReportView() const { return m_iconView == 0; }
   // A header click on a folder listing: the sort state moves, the arrows

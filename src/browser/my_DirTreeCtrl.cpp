@@ -116,7 +116,16 @@ bool my_DirTreeCtrl::Create(wxWindow* parent, int id, const wxString& dir, const
 
 L_treectrl* my_DirTreeCtrl::CreateTreeCtrl(wxWindow* parent, my_DirTreeCtrl* dirTree, int id,
                                            const wxPoint& pos, const wxSize& size, long style) {
-  return new L_treectrl(parent, dirTree, id, pos, size, style);
+  L_treectrl* tree = new L_treectrl(parent, id, pos, size, style);
+  // A press on the tree makes it the last focused source pane (the list's
+  // flag goes with it: one pane) and tells the frame whether a volume root
+  // or a folder is current.
+  tree->SetPressNotice([dirTree, parent] {
+    dirTree->SetIsLastFocus_treectrl(true);
+    PostMyCustomCommand(parent, dirTree->GetSelIsFolder() ? MYCMD_TREE_ENABLE_COPY
+                                                          : MYCMD_TREE_DISABLE_COPY);
+  });
+  return tree;
 }
 
 wxTreeCtrl* my_DirTreeCtrl::GetTreeCtrl() const { return m_treeCtrl; }

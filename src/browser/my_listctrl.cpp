@@ -65,7 +65,14 @@ bool my_listctrl::Create(wxWindow* parent, int id, const wxPoint& pos, const wxS
 }
 
 ListingListView* my_listctrl::CreateListView(const wxSize& size, long style) {
-  return new L_listctrl(this, this, kListId, wxPoint(0, 0), size, style);
+  L_listctrl* list = new L_listctrl(this, GetRows(), kListId, wxPoint(0, 0), size, style);
+  // A press on the rows makes the list the last focused source pane and
+  // tells the frame whether drives or a folder are shown.
+  list->SetPressNotice([this] {
+    NoteListClicked();
+    return GetCurrentListctrlPath().empty() ? MYCMD_LIST_DISABLE_COPY : MYCMD_LIST_ENABLE_COPY;
+  });
+  return list;
 }
 
 L_listctrl* my_listctrl::GetListCtrl() const { return static_cast<L_listctrl*>(m_list); }
