@@ -1,5 +1,5 @@
 // Finding the machine's hard disks through their fixed device nodes, their
-// identity and geometry, and whole-sector reads and writes.
+// identity and geometry (the sector reads are in SectorIO.h).
 #pragma once
 
 #include "disk/DiskInformation.h"
@@ -32,9 +32,3 @@ int IsUsbDevice(char* text);
 // mode 0: geometry from the master boot record, else HDIO_GETGEO;
 // mode 1: HDIO_GETGEO only; mode 2: master boot record only.
 int GetDiskCHSParameter(int fd, HardDiskInformation* disk, unsigned char mode);
-
-// Whole sectors transferred, 0 on any failure.
-int DirectReadDisk(int fd, unsigned long sector, int count, unsigned char* buffer,
-                   unsigned short bytesPerSector);
-int DirectWriteDisk(int fd, unsigned long sector, int count, unsigned char* buffer,
-                    unsigned short bytesPerSector);

@@ -6,7 +6,7 @@
 #include <string.h>
 
 #include "disk/DeviceSeam.h"
-#include "disk/DiskDiscovery.h"
+#include "disk/SectorIO.h"
 
 namespace {
 

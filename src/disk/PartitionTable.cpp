@@ -3,7 +3,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "disk/DiskDiscovery.h"
+#include "disk/SectorIO.h"
 
 namespace {
 

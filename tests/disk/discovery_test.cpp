@@ -14,6 +14,7 @@
 #include "disk/DeviceSeam.h"
 #include "disk/DiskDiscovery.h"
 #include "disk/PartitionTable.h"
+#include "disk/SectorIO.h"
 #include "disk_test_util.h"
 
 namespace {
