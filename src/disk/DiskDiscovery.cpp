@@ -13,6 +13,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "disk/BootRecord.h"
 #include "disk/DeviceSeam.h"
 #include "disk/ScsiIoctl.h"
 #include "disk/PartitionTable.h"
@@ -45,17 +46,18 @@ int GeometryFromBootRecord(int fd, HardDiskInformation* disk) {
   unsigned char* sector = static_cast<unsigned char*>(malloc(bps));
   if (sector == NULL) return -1;
   int result = -1;
-  if (DirectReadDisk(fd, 0, 1, sector, bps) == 1 && sector[510] == 0x55 && sector[511] == 0xAA) {
+  ByteView view = MakeByteView(sector, bps);
+  if (DirectReadDisk(fd, 0, 1, sector, bps) == 1 && HasBootSignature(&view)) {
     bool found = false;
-    for (int i = 0; i < 4; ++i) {
-      const unsigned char* entry = sector + 446 + 16 * i;
-      if (static_cast<signed char>(entry[0]) > 0) continue;  // boot indicator 0x01..0x7F
-      if (entry[4] == 0) continue;
+    for (int i = 0; i < PARTITION_ENTRY_COUNT; ++i) {
+      PartitionEntry entry;
+      if (ReadPartitionEntry(&view, i, &entry) != 0) break;
+      if (!PartitionEntryUsed(&entry)) continue;
       if (i == 0) {
-        disk->Heads = entry[5];
-        disk->SectorsPerTrack = static_cast<uint16_t>(entry[6] & 63);
+        disk->Heads = entry.endHead;
+        disk->SectorsPerTrack = static_cast<uint16_t>(entry.endSector & 63);
         found = true;
-      } else if (entry[5] != disk->Heads || (entry[6] & 63) != disk->SectorsPerTrack) {
+      } else if (entry.endHead != disk->Heads || (entry.endSector & 63) != disk->SectorsPerTrack) {
         found = false;
         break;
       }

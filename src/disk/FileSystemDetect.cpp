@@ -5,12 +5,13 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "disk/BootRecord.h"
 #include "disk/DeviceSeam.h"
 #include "disk/SectorIO.h"
 
 namespace {
 
-const int kDirEntrySize = 32;
+const size_t kDirEntrySize = 32;
 const unsigned char kLabelAttribute = 0x08;
 const unsigned char kVolumeNameAttribute = 0x60;
 const int kFatWindowSectors = 128;
@@ -22,9 +23,11 @@ enum ScanResult { SCAN_GO_ON, SCAN_DONE };
 // Looks through the 32-byte entries of the first 512 bytes of a directory
 // sector. An entry starting with 0 ends the directory; an entry whose
 // attribute byte is exactly 8 is the label (its 11 name bytes are copied).
-ScanResult ScanForLabel(const unsigned char* sector, char* label) {
-  for (int off = 0; off + kDirEntrySize <= 512; off += kDirEntrySize) {
-    const unsigned char* entry = sector + off;
+ScanResult ScanForLabel(const unsigned char* sector, unsigned short bps, char* label) {
+  ByteView view = MakeByteView(sector, bps);
+  for (size_t off = 0; off + kDirEntrySize <= 512; off += kDirEntrySize) {
+    const unsigned char* entry = ByteViewAt(&view, off, kDirEntrySize);
+    if (entry == NULL) break;
     if (entry[0] == 0) return SCAN_DONE;
     if (entry[11] == kLabelAttribute) {
       memcpy(label, entry, 11);
@@ -41,7 +44,7 @@ void FatFixedRootLabel(unsigned short bps, FileSystemInformation* fs, int fd, ch
   for (uint32_t i = 0; i < fs->RootDirSectors; ++i) {
     if (DirectReadDisk(fd, static_cast<unsigned long>(fs->RootLocation) + i, 1, sector, bps) != 1)
       break;
-    if (ScanForLabel(sector, label) == SCAN_DONE) break;
+    if (ScanForLabel(sector, bps, label) == SCAN_DONE) break;
   }
   free(sector);
 }
@@ -61,6 +64,7 @@ void Fat32RootLabel(unsigned short bps, FileSystemInformation* fs, int fd, char*
     const uint64_t dirClusters =
         clusterBytes == 0 ? 0 : (65536ull * 32 + clusterBytes - 1) / clusterBytes;
     const uint64_t maxVisits = bound < dirClusters ? bound : dirClusters;
+    ByteView fatView = MakeByteView(fat, static_cast<size_t>(bps) * kFatWindowSectors);
     uint64_t window = UINT64_MAX;
     uint64_t visited = 0;
     uint32_t cluster = fs->RootLocation;
@@ -70,7 +74,7 @@ void Fat32RootLabel(unsigned short bps, FileSystemInformation* fs, int fd, char*
       uint64_t first = fs->FirstDataSector + static_cast<uint64_t>(fs->SectorsPerCluster) * (cluster - 2);
       for (uint32_t j = 0; j < fs->SectorsPerCluster; ++j) {
         if (DirectReadDisk(fd, static_cast<unsigned long>(first + j), 1, sector, bps) != 1 ||
-            ScanForLabel(sector, label) == SCAN_DONE) {
+            ScanForLabel(sector, bps, label) == SCAN_DONE) {
           done = true;
           break;
         }
@@ -85,7 +89,8 @@ void Fat32RootLabel(unsigned short bps, FileSystemInformation* fs, int fd, char*
         window = index;
       }
       // (cluster - index * 16384) * 4 + 3 < 65536 <= 128 * bps: inside the window.
-      cluster = ByteToDWord(fat, static_cast<int>((cluster - index * kFatWindowEntries) * 4));
+      cluster = ViewLe32(&fatView, static_cast<size_t>((cluster - index * kFatWindowEntries) * 4));
+      if (fatView.failed) break;
     }
   }
   free(fat);
@@ -102,25 +107,26 @@ char* NtfsLabel(unsigned short bps, FileSystemInformation* fs, int fd) {
   char* label = NULL;
   uint64_t at = static_cast<uint64_t>(fs->RootLocation) * fs->SectorsPerCluster + 6;
   if (DirectReadDisk(fd, static_cast<unsigned long>(at), 2, record, bps) == 2) {
-    size_t attr = record[20];
+    ByteView view = MakeByteView(record, size);
+    size_t attr = ViewU8(&view, 20);
     bool found = false;
-    for (int n = 0; n < 6 && attr < size; ++n) {
-      if (record[attr] == kVolumeNameAttribute) {
+    for (int n = 0; n < 6 && ByteViewHas(&view, attr, 1); ++n) {
+      if (ViewU8(&view, attr) == kVolumeNameAttribute) {
         found = true;
         break;
       }
-      if (attr + 4 >= size) break;
-      attr += record[attr + 4];
+      if (!ByteViewHas(&view, attr + 4, 1)) break;
+      attr += ViewU8(&view, attr + 4);
     }
-    if (found && attr + 20 < size) {
-      size_t chars = record[attr + 16] / 2;
-      size_t value = attr + record[attr + 20];
+    if (found && ByteViewHas(&view, attr + 20, 1)) {
+      size_t chars = ViewU8(&view, attr + 16) / 2;
+      size_t value = attr + ViewU8(&view, attr + 20);
       // Stop at the end of the two sectors.
-      size_t fit = value < size ? (size - value) / 2 : 0;
+      size_t fit = ByteViewHas(&view, value, 0) ? (size - value) / 2 : 0;
       if (chars > fit) chars = fit;
       label = static_cast<char*>(malloc(chars + 1));
       if (label != NULL) {
-        for (size_t c = 0; c < chars; ++c) label[c] = static_cast<char>(record[value + 2 * c]);
+        for (size_t c = 0; c < chars; ++c) label[c] = static_cast<char>(ViewU8(&view, value + 2 * c));
         label[chars] = 0;
       }
     }
@@ -144,16 +150,17 @@ int DetectPartition(char* path, unsigned short bytesPerSector, PartitionInformat
   if (fd == -1) return 0;
   unsigned char* boot = static_cast<unsigned char*>(malloc(bytesPerSector));
   if (boot != NULL && DirectReadDisk(fd, 0, 1, boot, bytesPerSector) == 1) {
-    uint8_t spc = boot[13];
-    bool plausible = boot[510] == 0x55 && boot[511] == 0xAA &&
-                     ByteToWord(boot, 11) == bytesPerSector;
+    ByteView view = MakeByteView(boot, bytesPerSector);
+    uint8_t spc = ViewU8(&view, 13);
+    bool plausible = HasBootSignature(&view) && ViewLe16(&view, 11) == bytesPerSector;
     if (plausible) {
       fs->SectorsPerCluster = spc;
       plausible = spc >= 1 && spc <= 128 && (spc & (spc - 1)) == 0;
     }
     if (plausible) {
-      fs->ReservedSectors = ByteToWord(boot, 14);
-      if (memcmp(boot + 3, "NTFS", 4) == 0 && fs->ReservedSectors == 0)
+      fs->ReservedSectors = ViewLe16(&view, 14);
+      const unsigned char* oem = ByteViewAt(&view, 3, 4);
+      if (oem != NULL && memcmp(oem, "NTFS", 4) == 0 && fs->ReservedSectors == 0)
         DetectNtVolume(boot, bytesPerSector, fs, fd);
       else
         DetectFatVolume(boot, bytesPerSector, fs, fd);
@@ -169,21 +176,22 @@ int DetectFatVolume(unsigned char* bootSector, unsigned short bytesPerSector,
   if (bootSector == NULL || fs == NULL) return 0;
   fs->FsType = FS_TYPE_UNKNOWN;
   if (bytesPerSector < 512 || fs->SectorsPerCluster == 0) return 0;
-  unsigned int fatCount = bootSector[16];
-  unsigned int rootEntries = ByteToWord(bootSector, 17);
-  fs->TotalSectors = ByteToWord(bootSector, 19);
-  fs->FatSize = ByteToWord(bootSector, 22);
+  ByteView boot = MakeByteView(bootSector, bytesPerSector);
+  unsigned int fatCount = ViewU8(&boot, 16);
+  unsigned int rootEntries = ViewLe16(&boot, 17);
+  fs->TotalSectors = ViewLe16(&boot, 19);
+  fs->FatSize = ViewLe16(&boot, 22);
   if (rootEntries == 0 && fs->FatSize != 0) return 0;
   if (fs->TotalSectors == 0) {
-    fs->TotalSectors = ByteToDWord(bootSector, 32);
+    fs->TotalSectors = ViewLe32(&boot, 32);
     if (fs->TotalSectors == 0) return 0;
   }
   if (fs->FatSize == 0) {
-    fs->FatSize = ByteToDWord(bootSector, 36);
+    fs->FatSize = ViewLe32(&boot, 36);
     if (fs->FatSize == 0) return 0;
     // FAT32
-    fs->SecondaryWord = ByteToWord(bootSector, 48);
-    fs->RootLocation = ByteToDWord(bootSector, 44);
+    fs->SecondaryWord = ViewLe16(&boot, 48);
+    fs->RootLocation = ViewLe32(&boot, 44);
     if (fs->RootLocation < 2) return 0;
     fs->FirstDataSector =
         static_cast<uint32_t>(static_cast<uint64_t>(fs->FatSize) * fatCount + fs->ReservedSectors);
@@ -208,11 +216,12 @@ int DetectNtVolume(unsigned char* bootSector, unsigned short bytesPerSector,
                    FileSystemInformation* fs, int fd) {
   if (bootSector == NULL || fs == NULL) return 0;
   fs->FsType = FS_TYPE_UNKNOWN;
-  fs->TotalSectors = static_cast<uint32_t>(ByteToQWord(bootSector, 40));
-  fs->RootLocation = static_cast<uint32_t>(ByteToQWord(bootSector, 48));
-  fs->FatSize = static_cast<uint32_t>(ByteToQWord(bootSector, 56));
-  fs->RootDirSectors = ByteToWord(bootSector, 64);
-  fs->SecondaryWord = ByteToWord(bootSector, 68);
+  ByteView boot = MakeByteView(bootSector, bytesPerSector);
+  fs->TotalSectors = static_cast<uint32_t>(ViewLe64(&boot, 40));
+  fs->RootLocation = static_cast<uint32_t>(ViewLe64(&boot, 48));
+  fs->FatSize = static_cast<uint32_t>(ViewLe64(&boot, 56));
+  fs->RootDirSectors = ViewLe16(&boot, 64);
+  fs->SecondaryWord = ViewLe16(&boot, 68);
   if (fs->TotalSectors == 0 || fs->RootLocation == 0) return 0;
   unsigned int spc = fs->SectorsPerCluster;
   if (spc == 1 || spc == 2) {

@@ -3,15 +3,16 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "disk/BootRecord.h"
 #include "disk/SectorIO.h"
 
 namespace {
 
-// Offsets inside a boot record.
-const int kEntryBase = 446;
-const int kEntrySize = 16;
-const int kSlot0Count = 0x1CA;  // sector count of slot 0
-const int kSlot1Start = 0x1D6;  // LBA start of slot 1
+// Fields of an extended boot record that the chain reads directly.
+const size_t kSlot0Count =
+    PARTITION_ENTRY_BASE + PARTITION_ENTRY_COUNT_FIELD;                        // 0x1CA
+const size_t kSlot1Start =
+    PARTITION_ENTRY_BASE + PARTITION_ENTRY_SIZE + PARTITION_ENTRY_START;      // 0x1D6
 
 struct Walk {
   PartitionInformation records[MAX_PARTITION_RECORDS];
@@ -19,16 +20,12 @@ struct Walk {
   int nextLogical;
 };
 
-const unsigned char* Entry(const unsigned char* sector, int slot) {
-  return sector + kEntryBase + kEntrySize * slot;
+// The entry of slot; an entry that does not fit the sector reads as unused.
+PartitionEntry Entry(const ByteView* sector, int slot) {
+  PartitionEntry entry;
+  ReadPartitionEntry(sector, slot, &entry);
+  return entry;
 }
-
-// Boot indicator 0x00 or 0x80..0xFF, and a type.
-bool IsUsed(const unsigned char* entry) {
-  return static_cast<signed char>(entry[0]) <= 0 && entry[4] != 0;
-}
-
-bool IsExtended(const unsigned char* entry) { return entry[4] == 0x05 || entry[4] == 0x0F; }
 
 // The table never grows beyond its 24 records, whatever the disk holds.
 void Append(Walk* walk, unsigned char number, uint32_t start, uint32_t count) {
@@ -42,34 +39,38 @@ void Append(Walk* walk, unsigned char number, uint32_t start, uint32_t count) {
 // One whole sector with the boot signature in its first 512 bytes.
 bool ReadSignedSector(int fd, uint64_t sector, unsigned char* buffer, unsigned short bps) {
   if (DirectReadDisk(fd, static_cast<unsigned long>(sector), 1, buffer, bps) != 1) return false;
-  return buffer[510] == 0x55 && buffer[511] == 0xAA;
+  ByteView view = MakeByteView(buffer, bps);
+  return HasBootSignature(&view);
 }
 
 // Follows the extended partition that starts at sector e. Links are relative
 // to e; the start kept for a logical partition is the sector of the extended
 // boot record that describes it. e + link is a 32-bit sector number like the
 // start it becomes: the record read is always the one the start names.
-void WalkExtended(int fd, unsigned short bps, uint32_t e, unsigned char* sector, Walk* walk) {
-  if (!ReadSignedSector(fd, e, sector, bps)) return;
-  int k = Entry(sector, 0)[4] == 0 ? 1 : 0;
-  const unsigned char* slot = Entry(sector, k);
-  if (!IsUsed(slot)) return;
+void WalkExtended(int fd, unsigned short bps, uint32_t e, unsigned char* buffer, Walk* walk) {
+  ByteView view = MakeByteView(buffer, bps);
+  ByteView* sector = &view;
+  if (!ReadSignedSector(fd, e, buffer, bps)) return;
+  int k = Entry(sector, 0).type == 0 ? 1 : 0;
+  PartitionEntry slot = Entry(sector, k);
+  if (!PartitionEntryUsed(&slot)) return;
   uint32_t link;
-  if (IsExtended(slot)) {
-    link = ByteToDWord(slot, 8);
+  if (PartitionEntryExtended(&slot)) {
+    link = slot.start;
   } else {
     if (walk->count < MAX_PARTITION_RECORDS)
       Append(walk, static_cast<unsigned char>(walk->nextLogical++), e,
-             ByteToDWord(sector, kSlot0Count));
-    link = ByteToDWord(sector, kSlot1Start);
+             ViewLe32(sector, kSlot0Count));
+    link = ViewLe32(sector, kSlot1Start);
   }
   while (walk->count < MAX_PARTITION_RECORDS && link != 0) {
     const uint32_t at = e + link;
-    if (!ReadSignedSector(fd, at, sector, bps)) break;
-    if (!IsUsed(Entry(sector, 0))) break;
+    if (!ReadSignedSector(fd, at, buffer, bps)) break;
+    PartitionEntry first = Entry(sector, 0);
+    if (!PartitionEntryUsed(&first)) break;
     Append(walk, static_cast<unsigned char>(walk->nextLogical++), at,
-           ByteToDWord(sector, kSlot0Count));
-    link = ByteToDWord(sector, kSlot1Start);
+           ViewLe32(sector, kSlot0Count));
+    link = ViewLe32(sector, kSlot1Start);
   }
 }
 
@@ -81,16 +82,16 @@ int GetPartitionInformation(int fd, unsigned short bytesPerSector, PartitionInfo
   unsigned char* ebr = static_cast<unsigned char*>(malloc(bytesPerSector));
   Walk* walk = static_cast<Walk*>(calloc(1, sizeof(Walk)));
   int result = 0;
+  ByteView mbrView = MakeByteView(mbr, bytesPerSector);
   if (mbr != NULL && ebr != NULL && walk != NULL && ReadSignedSector(fd, 0, mbr, bytesPerSector)) {
     walk->nextLogical = 5;
-    for (int i = 0; i < 4; ++i) {
-      const unsigned char* entry = Entry(mbr, i);
-      if (!IsUsed(entry)) continue;
-      if (IsExtended(entry))
-        WalkExtended(fd, bytesPerSector, ByteToDWord(entry, 8), ebr, walk);
+    for (int i = 0; i < PARTITION_ENTRY_COUNT; ++i) {
+      PartitionEntry entry = Entry(&mbrView, i);
+      if (!PartitionEntryUsed(&entry)) continue;
+      if (PartitionEntryExtended(&entry))
+        WalkExtended(fd, bytesPerSector, entry.start, ebr, walk);
       else
-        Append(walk, static_cast<unsigned char>(i + 1), ByteToDWord(entry, 8),
-               ByteToDWord(entry, 12));
+        Append(walk, static_cast<unsigned char>(i + 1), entry.start, entry.count);
     }
     PartitionInformation* array =
         static_cast<PartitionInformation*>(malloc(sizeof(PartitionInformation) * walk->count));

@@ -1,7 +1,6 @@
 #include "fake_devices.h"
 
 #include <fcntl.h>
-#include <ftw.h>
 #include <linux/cdrom.h>
 #include <linux/fs.h>
 #include <linux/hdreg.h>
@@ -17,6 +16,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "disk/BootRecord.h"
 #include "disk/DeviceSeam.h"
 #include "disk/ScsiIoctl.h"
 
@@ -54,10 +54,6 @@ int TStatfs(const char* path, struct statfs64* out) { return g_current->Statfs(p
 int TMkdir(const char* path, mode_t mode) { return g_current->Mkdir(path, mode); }
 int TSystem(const char* command) { return g_current->System(command); }
 
-uint32_t Le32(const unsigned char* p) {
-  return p[0] | (p[1] << 8) | (p[2] << 16) | (static_cast<uint32_t>(p[3]) << 24);
-}
-
 std::string Hex(unsigned long v) {
   char buf[32];
   snprintf(buf, sizeof(buf), "0x%lx", v);
@@ -87,15 +83,6 @@ void FillInquiry(unsigned char* inquiry, const std::string& vendor, const std::s
 }
 
 }  // namespace
-
-void Put16(std::vector<uint8_t>& b, size_t off, uint32_t v) {
-  b[off] = v & 0xff;
-  b[off + 1] = (v >> 8) & 0xff;
-}
-void Put32(std::vector<uint8_t>& b, size_t off, uint32_t v) {
-  Put16(b, off, v & 0xffff);
-  Put16(b, off + 2, v >> 16);
-}
 
 // ---------------------------------------------------------------- set-up
 
@@ -239,29 +226,34 @@ void FakeDevices::RescanPartitions(const std::string& node) {
   if (d == nullptr || d->image.empty()) return;
   d->partitions.clear();
   const uint64_t ss = static_cast<uint64_t>(d->sectorSize > 0 ? d->sectorSize : 512);
-  std::vector<uint8_t> mbr = ReadAt(d->image, 0, 512);
-  if (mbr.size() < 512 || mbr[510] != 0x55 || mbr[511] != 0xAA) return;
-  auto extended = [](uint8_t t) { return t == 0x05 || t == 0x0F || t == 0x85; };
-  for (int i = 0; i < 4; ++i) {
-    const unsigned char* e = &mbr[446 + 16 * i];
-    if (e[4] == 0) continue;
-    uint32_t start = Le32(e + 8), count = Le32(e + 12);
-    if (!extended(e[4])) {
-      d->partitions[i + 1] = {start * ss, count * ss};
+  std::vector<uint8_t> mbr = ReadAt(d->image, 0, BOOT_RECORD_SIZE);
+  ByteView mbrView = MakeByteView(mbr.data(), mbr.size());
+  if (!HasBootSignature(&mbrView)) return;
+  // The kernel follows 0x85 too, and takes entries whatever their boot flag.
+  auto extended = [](const PartitionEntry& e) {
+    return PartitionEntryExtended(&e) || e.type == 0x85;
+  };
+  for (int i = 0; i < PARTITION_ENTRY_COUNT; ++i) {
+    PartitionEntry e;
+    if (ReadPartitionEntry(&mbrView, i, &e) != 0 || e.type == 0) continue;
+    if (!extended(e)) {
+      d->partitions[i + 1] = {e.start * ss, e.count * ss};
       continue;
     }
-    d->partitions[i + 1] = {start * ss, (count < 2 ? count : 2) * ss};
-    uint64_t ebr = start;
+    d->partitions[i + 1] = {e.start * ss, (e.count < 2 ? e.count : 2) * ss};
+    uint64_t ebr = e.start;
     int number = 5;
     for (int guard = 0; guard < 64; ++guard) {
-      std::vector<uint8_t> rec = ReadAt(d->image, ebr * ss, 512);
-      if (rec.size() < 512 || rec[510] != 0x55 || rec[511] != 0xAA) break;
-      const unsigned char* s0 = &rec[446];
-      const unsigned char* s1 = &rec[462];
-      if (s0[4] != 0 && Le32(s0 + 12) != 0)
-        d->partitions[number++] = {(ebr + Le32(s0 + 8)) * ss, static_cast<uint64_t>(Le32(s0 + 12)) * ss};
-      if (!extended(s1[4]) || Le32(s1 + 8) == 0) break;
-      ebr = start + Le32(s1 + 8);
+      std::vector<uint8_t> rec = ReadAt(d->image, ebr * ss, BOOT_RECORD_SIZE);
+      ByteView recView = MakeByteView(rec.data(), rec.size());
+      PartitionEntry s0, s1;
+      if (!HasBootSignature(&recView) || ReadPartitionEntry(&recView, 0, &s0) != 0 ||
+          ReadPartitionEntry(&recView, 1, &s1) != 0)
+        break;
+      if (s0.type != 0 && s0.count != 0)
+        d->partitions[number++] = {(ebr + s0.start) * ss, static_cast<uint64_t>(s0.count) * ss};
+      if (!extended(s1) || s1.start == 0) break;
+      ebr = e.start + s1.start;
     }
   }
 }
@@ -664,232 +656,6 @@ int FakeDevices::System(const char* command) {
   if (program == "ntfs-3g") return MountAt(a, b) == 0 ? 0 : 256;
   fprintf(stderr, "FakeDevices: shell command not served: %s\n", c.c_str());
   return -1;
-}
-
-// ---------------------------------------------------------------- images
-
-void MakeSparseFile(const std::string& path, uint64_t bytes) {
-  int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-  if (fd < 0) return;
-  if (::ftruncate(fd, static_cast<off_t>(bytes)) != 0) perror("ftruncate");
-  ::close(fd);
-}
-
-void WriteAt(const std::string& path, uint64_t offset, const std::vector<uint8_t>& bytes) {
-  int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-  if (fd < 0) return;
-  if (::pwrite(fd, bytes.data(), bytes.size(), static_cast<off_t>(offset)) !=
-      static_cast<ssize_t>(bytes.size()))
-    perror("pwrite");
-  ::close(fd);
-}
-
-std::vector<uint8_t> ReadAt(const std::string& path, uint64_t offset, size_t count) {
-  std::vector<uint8_t> out(count);
-  int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return {};
-  ssize_t n = ::pread(fd, out.data(), count, static_cast<off_t>(offset));
-  ::close(fd);
-  out.resize(n > 0 ? static_cast<size_t>(n) : 0);
-  return out;
-}
-
-std::vector<uint8_t> BootRecord(const std::vector<MbrEntry>& entries) {
-  std::vector<uint8_t> b(512, 0);
-  for (size_t i = 0; i < entries.size() && i < 4; ++i) {
-    size_t off = 446 + 16 * i;
-    const MbrEntry& e = entries[i];
-    b[off] = e.boot;
-    b[off + 1] = 0;
-    b[off + 2] = 1;
-    b[off + 3] = 0;
-    b[off + 4] = e.type;
-    b[off + 5] = e.endHead;
-    b[off + 6] = e.endSector;
-    b[off + 7] = 0xFF;
-    Put32(b, off + 8, e.start);
-    Put32(b, off + 12, e.count);
-  }
-  b[510] = 0x55;
-  b[511] = 0xAA;
-  return b;
-}
-
-std::vector<uint8_t> FatBootSector(const FatParams& p) {
-  std::vector<uint8_t> b(p.bytesPerSector < 512 ? 512 : p.bytesPerSector, 0);
-  b[0] = 0xEB;
-  b[1] = 0x3C;
-  b[2] = 0x90;
-  memcpy(&b[3], "MSWIN4.1", 8);
-  Put16(b, 11, p.bytesPerSector);
-  b[13] = p.sectorsPerCluster;
-  Put16(b, 14, p.reserved);
-  b[16] = p.fatCount;
-  Put16(b, 17, p.rootEntries);
-  bool fat32 = p.fatSize == 0;
-  if (!fat32 && p.totalSectors <= 0xFFFF)
-    Put16(b, 19, p.totalSectors);
-  else
-    Put32(b, 32, p.totalSectors);
-  b[21] = 0xF8;
-  Put16(b, 22, fat32 ? 0 : p.fatSize);
-  Put16(b, 24, 63);
-  Put16(b, 26, 255);
-  if (fat32) {
-    Put32(b, 36, p.fatSize32);
-    Put32(b, 44, p.rootCluster);
-    Put16(b, 48, 1);
-    Put16(b, 50, 6);
-    b[66] = 0x29;
-    memcpy(&b[71], "NO NAME    ", 11);
-    memcpy(&b[82], "FAT32   ", 8);
-  } else {
-    b[38] = 0x29;
-    memcpy(&b[43], "NO NAME    ", 11);
-    memcpy(&b[54], "FAT16   ", 8);
-  }
-  b[510] = 0x55;
-  b[511] = 0xAA;
-  return b;
-}
-
-std::vector<uint8_t> DirEntry(const std::string& name11, uint8_t attribute) {
-  std::vector<uint8_t> e(32, 0);
-  memset(e.data(), ' ', 11);
-  memcpy(e.data(), name11.data(), name11.size() < 11 ? name11.size() : 11);
-  e[11] = attribute;
-  return e;
-}
-
-std::vector<uint8_t> NtfsBootSector(uint32_t totalSectors) {
-  std::vector<uint8_t> b(512, 0);
-  b[0] = 0xEB;
-  b[1] = 0x52;
-  b[2] = 0x90;
-  memcpy(&b[3], "NTFS    ", 8);
-  Put16(b, 11, 512);
-  b[13] = 8;
-  Put32(b, 40, totalSectors - 1);
-  Put32(b, 48, 4);
-  Put32(b, 56, totalSectors / 16);
-  b[64] = 0xF6;
-  b[68] = 1;
-  b[510] = 0x55;
-  b[511] = 0xAA;
-  return b;
-}
-
-std::vector<uint8_t> NtfsVolumeRecord(const std::string& label) {
-  std::vector<uint8_t> rec(1024, 0);
-  memcpy(&rec[0], "FILE", 4);
-  rec[20] = 0x38;
-  // $STANDARD_INFORMATION, then $VOLUME_NAME (when there is a label), then
-  // the end marker.
-  size_t at = 0x38;
-  rec[at] = 0x10;
-  rec[at + 4] = 0x60;
-  at += 0x60;
-  if (!label.empty()) {
-    size_t chars = label.size() < 127 ? label.size() : 127;
-    size_t length = (0x18 + chars * 2 + 7) & ~static_cast<size_t>(7);
-    rec[at] = 0x60;
-    Put32(rec, at + 4, static_cast<uint32_t>(length));
-    Put32(rec, at + 16, static_cast<uint32_t>(chars * 2));
-    rec[at + 20] = 0x18;
-    for (size_t i = 0; i < chars; ++i) rec[at + 0x18 + 2 * i] = static_cast<uint8_t>(label[i]);
-    at += length;
-  }
-  Put32(rec, at, 0xFFFFFFFF);
-  return rec;
-}
-
-std::string MakeVolumesImage(const std::string& dir, const std::string& name,
-                             const std::vector<VolumeSpec>& volumes, uint32_t partSectors) {
-  std::string image = dir + "/" + name;
-  const size_t n = volumes.size();
-  const uint32_t slot = partSectors + 64;  // room for an extended boot record before each
-  ::unlink(image.c_str());
-  MakeSparseFile(image, (2048 + static_cast<uint64_t>(n) * slot + 2048) * 512);
-  std::vector<MbrEntry> mbr;
-  std::vector<uint64_t> starts;
-  size_t primaries = n <= 4 ? n : 3;
-  for (size_t i = 0; i < primaries; ++i) {
-    MbrEntry e;
-    e.type = volumes[i].kind == 'N' ? 0x07 : 0x06;
-    e.start = 2048 + static_cast<uint32_t>(i) * slot;
-    e.count = partSectors;
-    mbr.push_back(e);
-    starts.push_back(e.start);
-  }
-  if (n > primaries) {
-    uint32_t ext = 2048 + static_cast<uint32_t>(primaries) * slot;
-    MbrEntry e;
-    e.type = 0x0F;
-    e.start = ext;
-    e.count = static_cast<uint32_t>(n - primaries) * slot;
-    mbr.push_back(e);
-    for (size_t k = 0; k < n - primaries; ++k) {
-      MbrEntry data;
-      data.type = volumes[primaries + k].kind == 'N' ? 0x07 : 0x06;
-      data.start = 64;
-      data.count = partSectors;
-      std::vector<MbrEntry> ebr = {data};
-      if (primaries + k + 1 < n) {
-        MbrEntry link;
-        link.type = 0x05;
-        link.start = static_cast<uint32_t>(k + 1) * slot;
-        link.count = slot;
-        ebr.push_back(link);
-      }
-      uint64_t at = ext + static_cast<uint64_t>(k) * slot;
-      WriteAt(image, at * 512, BootRecord(ebr));
-      starts.push_back(at + 64);
-    }
-  }
-  WriteAt(image, 0, BootRecord(mbr));
-  for (size_t i = 0; i < n; ++i) {
-    uint64_t base = starts[i] * 512;
-    if (volumes[i].kind == 'F') {
-      FatParams p;
-      p.sectorsPerCluster = 2;
-      p.fatSize = 32;  // 8159 clusters on 8 MiB: FAT16
-      p.totalSectors = partSectors;
-      WriteAt(image, base, FatBootSector(p));
-      std::vector<uint8_t> fat = {0xF8, 0xFF, 0xFF, 0xFF};
-      WriteAt(image, base + 1 * 512, fat);
-      WriteAt(image, base + 33 * 512, fat);
-      if (!volumes[i].label.empty()) WriteAt(image, base + 65 * 512, DirEntry(volumes[i].label, 0x08));
-    } else if (volumes[i].kind == 'N') {
-      WriteAt(image, base, NtfsBootSector(partSectors));
-      WriteAt(image, base + 38 * 512, NtfsVolumeRecord(volumes[i].label));
-    } else {
-      WriteAt(image, base, std::vector<uint8_t>(512, 0xF6));
-    }
-  }
-  return image;
-}
-
-std::string MakeFatVolumesImage(const std::string& dir, const std::vector<std::string>& labels) {
-  std::vector<VolumeSpec> specs;
-  for (size_t i = 0; i < labels.size() && i < 4; ++i) specs.push_back(VolumeSpec{'F', labels[i]});
-  return MakeVolumesImage(dir, "fat-volumes.img", specs);
-}
-
-std::string MakeTempDir(const std::string& prefix) {
-  std::string templ = "/tmp/" + prefix + "XXXXXX";
-  std::vector<char> buf(templ.begin(), templ.end());
-  buf.push_back(0);
-  if (mkdtemp(buf.data()) == nullptr) return std::string();
-  return std::string(buf.data());
-}
-
-static int RemoveOne(const char* path, const struct stat*, int, struct FTW*) {
-  return ::remove(path);
-}
-
-void RemoveTree(const std::string& dir) {
-  if (dir.empty() || dir == "/") return;
-  nftw(dir.c_str(), RemoveOne, 16, FTW_DEPTH | FTW_PHYS);
 }
 
 }  // namespace vt

@@ -148,8 +148,7 @@ TEST_F(Recognition, BytesPerSectorMismatchIsUnknown) {
   p.totalSectors = 20000;
   std::vector<uint8_t> boot = vt::FatBootSector(p);
   boot.resize(512);
-  boot[510] = 0x55;
-  boot[511] = 0xAA;
+  vt::PutBootSignature(boot);
   Sector(0, boot);
   EXPECT_EQ(Detect().FsType, FS_TYPE_UNKNOWN);
 }
@@ -485,8 +484,7 @@ class Ntfs : public Recognition {
     Put32(b, 56, 2);
     b[64] = clustersPerRecord;
     b[68] = 1;
-    b[510] = 0x55;
-    b[511] = 0xAA;
+    vt::PutBootSignature(b);
     Sector(0, b);
     spc_ = spc;
   }

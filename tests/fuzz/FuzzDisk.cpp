@@ -14,6 +14,7 @@
 namespace {
 
 FuzzDisk* g_current = nullptr;
+const char* g_target = "fuzz target";
 
 uint32_t Le32(const uint8_t* p) {
   return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
@@ -165,8 +166,18 @@ FuzzDisk* FuzzDisk::Current() {
   return g_current;
 }
 
-void FuzzDisk::Install() {
+void FuzzDisk::Broken(const char* what, long long value) {
+  fprintf(stderr, "%s: %s (%lld)\n", g_target, what, value);
+  abort();
+}
+
+void FuzzDisk::ExpectAllClosed() const {
+  if (openCount != 0) Broken("descriptors left open", openCount);
+}
+
+void FuzzDisk::Install(const char* target) {
   g_current = this;
+  if (target != nullptr) g_target = target;
   g_DeviceSeam = DeviceSeam{FuzzOpen64, FuzzClose, FuzzIoctl, FuzzLseek64, FuzzRead, FuzzWrite,
                             FuzzMount, FuzzUmount, FuzzStatfs64, FuzzMkdir, FuzzSystem};
 }

@@ -42,8 +42,15 @@ class FuzzDisk {
 
   // Points g_DeviceSeam at this disk: open, close, lseek, read and the size
   // ioctls are served from it; writing, mounting and running commands abort
-  // (nothing on these paths may do them).
-  void Install();
+  // (nothing on these paths may do them). target names the fuzz target in
+  // the reports of Broken.
+  void Install(const char* target);
+
+  // Reports a broken invariant of the disk layer ("<target>: what (value)")
+  // and aborts, so libFuzzer keeps the input.
+  [[noreturn]] static void Broken(const char* what, long long value);
+  // Broken unless every descriptor the layer opened was closed again.
+  void ExpectAllClosed() const;
 
   // The disk the device table serves.
   static FuzzDisk* Current();

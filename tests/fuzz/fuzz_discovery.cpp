@@ -41,11 +41,6 @@ const uint8_t* g_answers = nullptr;
 size_t g_answerSize = 0;
 size_t g_answerAt = 0;
 
-[[noreturn]] void Broken(const char* what, long long value) {
-  fprintf(stderr, "discovery: %s (%lld)\n", what, value);
-  abort();
-}
-
 uint8_t NextByte() { return g_answerAt < g_answerSize ? g_answers[g_answerAt++] : 0; }
 
 void NextBytes(void* out, size_t count) {
@@ -54,7 +49,7 @@ void NextBytes(void* out, size_t count) {
 }
 
 int AnswerOpen64(const char* path, int) {
-  if (path == nullptr) Broken("open of a null path", 0);
+  if (path == nullptr) FuzzDisk::Broken("open of a null path", 0);
   if ((NextByte() & 1) == 0) {
     errno = ENXIO;
     return -1;
@@ -99,10 +94,10 @@ int AnswerIoctl(int fd, unsigned long request, void* arg) {
     case SG_IO: {
       sg_io_hdr_t* io = static_cast<sg_io_hdr_t*>(arg);
       if (io->interface_id != 'S' || io->cmdp == nullptr || io->cmd_len != 6)
-        Broken("malformed SG_IO request", io->cmd_len);
+        FuzzDisk::Broken("malformed SG_IO request", io->cmd_len);
       if (io->cmdp[0] != 0x12 || io->cmdp[4] != io->dxfer_len)
-        Broken("SG_IO INQUIRY length differs from the transfer length", io->dxfer_len);
-      if (io->dxfer_len > 0 && io->dxferp == nullptr) Broken("SG_IO without a buffer", io->dxfer_len);
+        FuzzDisk::Broken("SG_IO INQUIRY length differs from the transfer length", io->dxfer_len);
+      if (io->dxfer_len > 0 && io->dxferp == nullptr) FuzzDisk::Broken("SG_IO without a buffer", io->dxfer_len);
       NextBytes(io->dxferp, io->dxfer_len);
       return 0;
     }
@@ -133,7 +128,7 @@ int AnswerIoctl(int fd, unsigned long request, void* arg) {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  g_disk.Install();
+  g_disk.Install("discovery");
   g_DeviceSeam.Open64 = AnswerOpen64;
   g_DeviceSeam.Ioctl = AnswerIoctl;
   return 0;
@@ -152,33 +147,33 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   memset(&root, 0, sizeof(root));
   const int readPartitions = 1;
   int count = DiskListFun(&root, readPartitions);
-  if (count < 0 || count > MAX_DISK_COUNT) Broken("disk count", count);
-  if (count != root.DiskCount) Broken("count differs from the inventory's", root.DiskCount);
-  if (count > 0 && root.Disks == nullptr) Broken("disks counted but no array", count);
+  if (count < 0 || count > MAX_DISK_COUNT) FuzzDisk::Broken("disk count", count);
+  if (count != root.DiskCount) FuzzDisk::Broken("count differs from the inventory's", root.DiskCount);
+  if (count > 0 && root.Disks == nullptr) FuzzDisk::Broken("disks counted but no array", count);
   char lastPath[16] = "";
   char letter = 'C';
   for (int d = 0; d < count; ++d) {
     const HardDiskInformation& disk = root.Disks[d];
-    if (memchr(disk.DevicePath, 0, sizeof(disk.DevicePath)) == nullptr) Broken("device path not terminated", d);
+    if (memchr(disk.DevicePath, 0, sizeof(disk.DevicePath)) == nullptr) FuzzDisk::Broken("device path not terminated", d);
     bool ide = strncmp(disk.DevicePath, "/dev/hd", 7) == 0 && disk.DevicePath[7] >= 'a' &&
                disk.DevicePath[7] <= 'd' && disk.DevicePath[8] == 0;
     bool scsi = strncmp(disk.DevicePath, "/dev/sd", 7) == 0 && disk.DevicePath[7] >= 'a' &&
                 disk.DevicePath[7] <= 'j' && disk.DevicePath[8] == 0;
-    if (!ide && !scsi) Broken("device path", d);
+    if (!ide && !scsi) FuzzDisk::Broken("device path", d);
     // IDE nodes first, each group in letter order.
-    if (lastPath[0] != 0 && strcmp(lastPath, disk.DevicePath) >= 0) Broken("disk order", d);
+    if (lastPath[0] != 0 && strcmp(lastPath, disk.DevicePath) >= 0) FuzzDisk::Broken("disk order", d);
     snprintf(lastPath, sizeof(lastPath), "%s", disk.DevicePath);
-    if (disk.PartitionCount > MAX_PARTITION_RECORDS) Broken("partition count", disk.PartitionCount);
-    if (disk.PartitionCount > 0 && disk.Partitions == nullptr) Broken("partitions counted but no array", d);
-    if (disk.Flags & ~7u) Broken("unknown disk flag bits", disk.Flags);
-    if (scsi && disk.Model[0] != 0 && (disk.Flags & 6) != 6) Broken("matched SCSI disk without DMA and LBA bits", disk.Flags);
+    if (disk.PartitionCount > MAX_PARTITION_RECORDS) FuzzDisk::Broken("partition count", disk.PartitionCount);
+    if (disk.PartitionCount > 0 && disk.Partitions == nullptr) FuzzDisk::Broken("partitions counted but no array", d);
+    if (disk.Flags & ~7u) FuzzDisk::Broken("unknown disk flag bits", disk.Flags);
+    if (scsi && disk.Model[0] != 0 && (disk.Flags & 6) != 6) FuzzDisk::Broken("matched SCSI disk without DMA and LBA bits", disk.Flags);
     for (int p = 0; p < disk.PartitionCount; ++p) {
       char want = letter < 'Z' ? letter++ : 0;
-      if (disk.Partitions[p].DriveLetter != want) Broken("drive letter", disk.Partitions[p].DriveLetter);
+      if (disk.Partitions[p].DriveLetter != want) FuzzDisk::Broken("drive letter", disk.Partitions[p].DriveLetter);
     }
   }
   FreeHdInfoList(&root, FreeFsInfo);
-  if (root.Disks != nullptr || root.DiskCount != 0) Broken("inventory not released", root.DiskCount);
-  if (g_disk.openCount != 0) Broken("descriptors left open", g_disk.openCount);
+  if (root.Disks != nullptr || root.DiskCount != 0) FuzzDisk::Broken("inventory not released", root.DiskCount);
+  g_disk.ExpectAllClosed();
   return 0;
 }

@@ -15,15 +15,10 @@ namespace {
 
 FuzzDisk g_disk;
 
-[[noreturn]] void Broken(const char* what, long long value) {
-  fprintf(stderr, "partition walk: %s (%lld)\n", what, value);
-  abort();
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  g_disk.Install();
+  g_disk.Install("partition walk");
   return 0;
 }
 
@@ -34,19 +29,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
   PartitionInformation* parts = nullptr;
   int count = GetPartitionInformation(FuzzDisk::kFd, bps, &parts);
-  if (count < 0 || count > MAX_PARTITION_RECORDS) Broken("record count out of range", count);
-  if (count > 0 && parts == nullptr) Broken("records counted but no array", count);
+  if (count < 0 || count > MAX_PARTITION_RECORDS) FuzzDisk::Broken("record count out of range", count);
+  if (count > 0 && parts == nullptr) FuzzDisk::Broken("records counted but no array", count);
   int lastLogical = 4;
   for (int i = 0; i < count; ++i) {
     const PartitionInformation& p = parts[i];
-    if (p.PartitionNumber == 0) Broken("partition number 0", i);
+    if (p.PartitionNumber == 0) FuzzDisk::Broken("partition number 0", i);
     if (p.PartitionNumber >= 5) {
       // Logical partitions are numbered 5, 6, ... in chain order.
-      if (p.PartitionNumber != lastLogical + 1) Broken("logical numbers not consecutive", p.PartitionNumber);
+      if (p.PartitionNumber != lastLogical + 1) FuzzDisk::Broken("logical numbers not consecutive", p.PartitionNumber);
       lastLogical = p.PartitionNumber;
     }
-    if (p.FileSystem != nullptr) Broken("walk attached a file-system record", i);
-    if (p.DriveLetter != 0) Broken("walk gave a drive letter", p.DriveLetter);
+    if (p.FileSystem != nullptr) FuzzDisk::Broken("walk attached a file-system record", i);
+    if (p.DriveLetter != 0) FuzzDisk::Broken("walk gave a drive letter", p.DriveLetter);
   }
   free(parts);
 
@@ -55,14 +50,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   unsigned char mode = static_cast<unsigned char>(g_disk.Options() & 3);
   int rc = GetDiskCHSParameter(FuzzDisk::kFd, &disk, mode);
   if (rc == 0) {
-    if (disk.BytesPerSector != bps) Broken("bytes per sector", disk.BytesPerSector);
-    if (disk.SectorsPerTrack < 1 || disk.SectorsPerTrack > 63) Broken("sectors per track", disk.SectorsPerTrack);
-    if (disk.Heads < 1 || disk.Heads > 256) Broken("heads", disk.Heads);
+    if (disk.BytesPerSector != bps) FuzzDisk::Broken("bytes per sector", disk.BytesPerSector);
+    if (disk.SectorsPerTrack < 1 || disk.SectorsPerTrack > 63) FuzzDisk::Broken("sectors per track", disk.SectorsPerTrack);
+    if (disk.Heads < 1 || disk.Heads > 256) FuzzDisk::Broken("heads", disk.Heads);
     uint32_t expect = static_cast<uint32_t>(disk.TotalSectors / (static_cast<uint32_t>(disk.Heads) * disk.SectorsPerTrack));
-    if (disk.Cylinders != expect) Broken("cylinders", disk.Cylinders);
+    if (disk.Cylinders != expect) FuzzDisk::Broken("cylinders", disk.Cylinders);
   } else if (rc != -1) {
-    Broken("geometry result", rc);
+    FuzzDisk::Broken("geometry result", rc);
   }
-  if (g_disk.openCount != 0) Broken("descriptors left open", g_disk.openCount);
+  g_disk.ExpectAllClosed();
   return 0;
 }

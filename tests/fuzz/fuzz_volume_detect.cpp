@@ -16,15 +16,10 @@ namespace {
 
 FuzzDisk g_disk;
 
-[[noreturn]] void Broken(const char* what, long long value) {
-  fprintf(stderr, "volume recognition: %s (%lld)\n", what, value);
-  abort();
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  g_disk.Install();
+  g_disk.Install("volume recognition");
   return 0;
 }
 
@@ -38,8 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   part.PartitionNumber = 5;
   switch (g_disk.Options() & 3) {
     case 1:
-      if (DetectPartition(node, 511, &part) != -1) Broken("sector size below 512 accepted", 511);
-      if (part.FileSystem != nullptr) Broken("record attached for a refused sector size", 511);
+      if (DetectPartition(node, 511, &part) != -1) FuzzDisk::Broken("sector size below 512 accepted", 511);
+      if (part.FileSystem != nullptr) FuzzDisk::Broken("record attached for a refused sector size", 511);
       return 0;
     case 2:
       bps = static_cast<unsigned short>(bps * 2);
@@ -47,27 +42,27 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     default:
       break;
   }
-  if (DetectPartition(node, bps, &part) != 0) Broken("DetectPartition failed", bps);
+  if (DetectPartition(node, bps, &part) != 0) FuzzDisk::Broken("DetectPartition failed", bps);
   const FileSystemInformation* fs = part.FileSystem;
-  if (fs == nullptr) Broken("no file-system record attached", 0);
-  if (fs->FsType > FS_TYPE_NTFS) Broken("file-system type", fs->FsType);
+  if (fs == nullptr) FuzzDisk::Broken("no file-system record attached", 0);
+  if (fs->FsType > FS_TYPE_NTFS) FuzzDisk::Broken("file-system type", fs->FsType);
   if (fs->FsType != FS_TYPE_UNKNOWN) {
     unsigned spc = fs->SectorsPerCluster;
-    if (spc < 1 || spc > 128 || (spc & (spc - 1)) != 0) Broken("sectors per cluster", spc);
+    if (spc < 1 || spc > 128 || (spc & (spc - 1)) != 0) FuzzDisk::Broken("sectors per cluster", spc);
   }
   if (fs->VolumeLabel != nullptr) {
     // strlen runs over the allocation under AddressSanitizer if the label
     // is not terminated inside it.
     size_t len = strlen(fs->VolumeLabel);
-    if (fs->FsType == FS_TYPE_UNKNOWN) Broken("label on an unrecognised volume", static_cast<long long>(len));
-    if (fs->FsType != FS_TYPE_NTFS && len > 11) Broken("FAT label longer than 11", static_cast<long long>(len));
-    if (fs->FsType == FS_TYPE_NTFS && len > 127) Broken("NTFS label longer than 127", static_cast<long long>(len));
+    if (fs->FsType == FS_TYPE_UNKNOWN) FuzzDisk::Broken("label on an unrecognised volume", static_cast<long long>(len));
+    if (fs->FsType != FS_TYPE_NTFS && len > 11) FuzzDisk::Broken("FAT label longer than 11", static_cast<long long>(len));
+    if (fs->FsType == FS_TYPE_NTFS && len > 127) FuzzDisk::Broken("NTFS label longer than 127", static_cast<long long>(len));
   } else if (fs->FsType >= FS_TYPE_FAT12 && fs->FsType <= FS_TYPE_FAT32) {
-    Broken("FAT volume without a label buffer", fs->FsType);
+    FuzzDisk::Broken("FAT volume without a label buffer", fs->FsType);
   }
   // A second recognition replaces the first record.
-  if (DetectPartition(node, bps, &part) != 0) Broken("second DetectPartition failed", bps);
+  if (DetectPartition(node, bps, &part) != 0) FuzzDisk::Broken("second DetectPartition failed", bps);
   FreeFsInfo(part.FileSystem);
-  if (g_disk.openCount != 0) Broken("descriptors left open", g_disk.openCount);
+  g_disk.ExpectAllClosed();
   return 0;
 }
