@@ -25,6 +25,8 @@ struct DeviceSeam {
   int (*Mkdir)(const char* path, mode_t mode);
   // Runs a command through the system shell; returns what system() returns.
   int (*System)(const char* command);
+  // The effective user id: the disk layer opens no device without root.
+  uid_t (*Geteuid)(void);
 };
 
 // Makes the compiler refuse a definition of the table that would need a

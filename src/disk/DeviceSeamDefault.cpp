@@ -27,11 +27,12 @@ int RealUmount(const char* target) { return umount(target); }
 int RealStatfs64(const char* path, struct statfs64* out) { return statfs64(path, out); }
 int RealMkdir(const char* path, mode_t mode) { return mkdir(path, mode); }
 int RealSystem(const char* command) { return system(command); }
+uid_t RealGeteuid(void) { return geteuid(); }
 
 }  // namespace
 
 // Only addresses of functions: constant initialisation, no constructor runs.
 DEVICE_SEAM_CONSTINIT DeviceSeam g_DeviceSeam = {
     RealOpen64, RealClose, RealIoctl, RealLseek64, RealRead, RealWrite,
-    RealMount,  RealUmount, RealStatfs64, RealMkdir, RealSystem,
+    RealMount,  RealUmount, RealStatfs64, RealMkdir, RealSystem, RealGeteuid,
 };

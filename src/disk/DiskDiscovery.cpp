@@ -105,42 +105,58 @@ bool Inquiry(int fd, unsigned char* data, unsigned char len) {
 
 }  // namespace
 
+// The fixed device nodes, probed in this order: IDE nodes first, then SCSI
+// nodes (SATA, USB and others), each group in letter order. The SCSI generic
+// list is taken just before the SCSI group.
+struct NodeGroup {
+  const char* format;
+  char first, last;
+  bool scsi;
+};
+static const NodeGroup kNodeGroups[] = {
+    {"/dev/hd%c", 'a', 'd', false},
+    {"/dev/sd%c", 'a', 'j', true},
+};
+
+// Opens one node into slot and keeps it when it is a disk that answers its
+// group's identity queries: true when kept, else the slot is left zeroed.
+static bool ProbeNode(const NodeGroup* group, char letter, HardDiskInformation* slot,
+                      SgInformation* sgList, int sgCount, int readPartitions) {
+  snprintf(slot->DevicePath, sizeof(slot->DevicePath), group->format, letter);
+  int fd = g_DeviceSeam.Open64(slot->DevicePath, kOpenFlags);
+  bool kept = false;
+  if (fd != -1 && !IsOpticalDrive(fd)) {
+    if (group->scsi)
+      kept = GetScsiHardDisk(fd, slot, sgList, sgCount, readPartitions) == 0;
+    else
+      kept = GetIdeHardDisk(fd, slot, readPartitions) == 0;
+  }
+  g_DeviceSeam.Close(fd);
+  if (!kept) ReleaseSlot(slot);
+  return kept;
+}
+
 int DiskListFun(MyComputer* root, int readPartitions) {
   if (root == NULL) return 0;
   root->DiskCount = 0;
+  // Without root rights no device node is even tried.
+  if (g_DeviceSeam.Geteuid() != 0) {
+    fprintf(stderr, "Vantori: not running as root: no disk device is opened\n");
+    return 0;
+  }
   HardDiskInformation table[MAX_DISK_COUNT];
   memset(table, 0, sizeof(table));
   int count = 0;
-
-  for (char letter = 'a'; letter <= 'd' && count < MAX_DISK_COUNT; ++letter) {
-    HardDiskInformation* slot = &table[count];
-    snprintf(slot->DevicePath, sizeof(slot->DevicePath), "/dev/hd%c", letter);
-    int fd = g_DeviceSeam.Open64(slot->DevicePath, kOpenFlags);
-    bool kept = false;
-    if (fd != -1 && !IsOpticalDrive(fd)) kept = GetIdeHardDisk(fd, slot, readPartitions) == 0;
-    g_DeviceSeam.Close(fd);
-    if (kept)
-      ++count;
-    else
-      ReleaseSlot(slot);
-  }
-
   SgInformation sgList[MAX_SG_COUNT];
   memset(sgList, 0, sizeof(sgList));
-  int sgCount = GetSgInfomation(sgList);
+  int sgCount = 0;
 
-  for (char letter = 'a'; letter <= 'j' && count < MAX_DISK_COUNT; ++letter) {
-    HardDiskInformation* slot = &table[count];
-    snprintf(slot->DevicePath, sizeof(slot->DevicePath), "/dev/sd%c", letter);
-    int fd = g_DeviceSeam.Open64(slot->DevicePath, kOpenFlags);
-    bool kept = false;
-    if (fd != -1 && !IsOpticalDrive(fd))
-      kept = GetScsiHardDisk(fd, slot, sgList, sgCount, readPartitions) == 0;
-    g_DeviceSeam.Close(fd);
-    if (kept)
-      ++count;
-    else
-      ReleaseSlot(slot);
+  for (size_t g = 0; g < sizeof(kNodeGroups) / sizeof(kNodeGroups[0]); ++g) {
+    const NodeGroup* group = &kNodeGroups[g];
+    if (group->scsi) sgCount = GetSgInfomation(sgList);
+    for (char letter = group->first; letter <= group->last && count < MAX_DISK_COUNT; ++letter) {
+      if (ProbeNode(group, letter, &table[count], sgList, sgCount, readPartitions)) ++count;
+    }
   }
 
   if (readPartitions == 1) {

@@ -8,6 +8,7 @@
 #include "disk/DeviceSeam.h"
 #include "disk/DiskDiscovery.h"
 #include "disk/FileSystemDetect.h"
+#include "disk/PrintableText.h"
 #include "disk/VolumeSizeText.h"
 
 View_Disk_Info g_AllDiskPartitionInf;
@@ -43,22 +44,48 @@ void Unrecognise(PartitionInformation* part) {
   part->DriveLetter = 0;
 }
 
-const char* Printable(const char* text) { return text != NULL ? text : ""; }
+// Room for a label of up to 255 bytes, each escaped as \xNN.
+const size_t kShownLabelSize = 4 * 255 + 1;
+
+// The label as a diagnostic line shows it (a null label as empty).
+const char* Shown(const char* label, char* shown) {
+  EscapeControlChars(label, shown, kShownLabelSize);
+  return shown;
+}
 
 }  // namespace
 
+// The global table is constructed when the library is loaded: nothing here
+// may touch a device.
 View_Disk_Info::View_Disk_Info() {
   memset(m_Volume, 0, sizeof(m_Volume));
   m_Computer.DiskCount = 0;
   m_Computer.Disks = NULL;
-  m_DiskCount = static_cast<uint16_t>(DiskListFun(&m_Computer, 1));
+  m_DiskCount = 0;
   m_VolumeCount = 0;
+  m_InventoryFresh = 0;
 }
 
 // Volumes stay mounted unless UI_FreeMemory ran.
 View_Disk_Info::~View_Disk_Info() {}
 
+int View_Disk_Info::UI_TakeInventory() {
+  for (int i = 0; i < m_VolumeCount && i < MAX_VOLUME_COUNT; ++i) {
+    g_DeviceSeam.Umount(m_Volume[i].MountPoint);
+    memset(&m_Volume[i], 0, sizeof(m_Volume[i]));
+  }
+  m_VolumeCount = 0;
+  FreeHdInfoList(&m_Computer, FreeFsInfo);
+  m_DiskCount = static_cast<uint16_t>(DiskListFun(&m_Computer, 1));
+  m_InventoryFresh = 1;
+  return m_DiskCount;
+}
+
 int View_Disk_Info::UI_InitDevice() {
+  // A second start without UI_FreeMemory in between would otherwise mount
+  // every volume a second time over the first.
+  if (!m_InventoryFresh) UI_TakeInventory();
+  m_InventoryFresh = 0;
   char letter = 'C';
   if (m_Computer.Disks == NULL) return 0;
   for (int d = 0; d < m_Computer.DiskCount; ++d) {
@@ -68,7 +95,7 @@ int View_Disk_Info::UI_InitDevice() {
       PartitionInformation* part = &disk->Partitions[p];
       char node[32];
       PartitionNodeName(disk, part, node, sizeof(node));
-      printf("%s\n", node);
+      printf("%s\n", node);  // fixed output, checked by tests: not a debugging leftover
       if (DetectPartition(node, disk->BytesPerSector, part) != 0) continue;
       FileSystemInformation* fs = part->FileSystem;
       uint8_t type = fs->FsType;
@@ -95,6 +122,11 @@ int View_Disk_Info::UI_InitDevice() {
                  mountPoint);
         if (g_DeviceSeam.System(command) != 0) {
           Unrecognise(part);
+          // ntfs-3g runs a second time and its result is ignored. The module
+          // has always done this (a second chance for a failure that passes,
+          // such as the device still settling after ntfsfix) and tests check
+          // the sequence of shell commands, so it stays. The volume is left
+          // out of the table either way and its letter goes to the next one.
           g_DeviceSeam.System(command);
           continue;
         }
@@ -110,14 +142,17 @@ int View_Disk_Info::UI_InitDevice() {
       part->DriveLetter = letter;
       CopyField(volume->MountPoint, sizeof(volume->MountPoint), mountPoint);
       volume->FsType = type;
+      // The four label lines are fixed output, checked by tests: not
+      // debugging leftovers. Control bytes of a label are escaped there.
+      char shown[kShownLabelSize];
       if (type != FS_TYPE_NTFS) {
-        printf("VolumeLable_1 = %s \n", Printable(fs->VolumeLabel));
-        printf("VolumeLable_2 = %s \n", volume->VolumeLabel);
+        printf("VolumeLable_1 = %s \n", Shown(fs->VolumeLabel, shown));
+        printf("VolumeLable_2 = %s \n", Shown(volume->VolumeLabel, shown));
       }
       // An NTFS volume without a volume-name attribute gets an empty label.
       CopyField(volume->VolumeLabel, sizeof(volume->VolumeLabel), fs->VolumeLabel);
-      printf("VolumeLable_11 = %s \n", Printable(fs->VolumeLabel));
-      printf("VolumeLable_22 = %s \n", volume->VolumeLabel);
+      printf("VolumeLable_11 = %s \n", Shown(fs->VolumeLabel, shown));
+      printf("VolumeLable_22 = %s \n", Shown(volume->VolumeLabel, shown));
       ++letter;
       ++m_VolumeCount;
     }
@@ -154,12 +189,6 @@ long long View_Disk_Info::Ui_GetVolumeFreeSpace(char* path) {
 int View_Disk_Info::GetCurrentParttionNum() { return m_VolumeCount; }
 
 int View_Disk_Info::UI_FreeMemory() {
-  for (int i = 0; i < m_VolumeCount && i < MAX_VOLUME_COUNT; ++i) {
-    g_DeviceSeam.Umount(m_Volume[i].MountPoint);
-    memset(&m_Volume[i], 0, sizeof(m_Volume[i]));
-  }
-  FreeHdInfoList(&m_Computer, FreeFsInfo);
-  m_DiskCount = static_cast<uint16_t>(DiskListFun(&m_Computer, 1));
-  m_VolumeCount = 0;
+  UI_TakeInventory();
   return 0;
 }

@@ -23,20 +23,33 @@ struct VolumeInformation {
 
 class View_Disk_Info {
  public:
+  // Opens no device: the inventory is taken when it is first asked for
+  // (UI_TakeInventory, UI_InitDevice or UI_FreeMemory).
   View_Disk_Info();
   ~View_Disk_Info();
 
+  // Unmounts the volumes of the table, frees the inventory and takes it
+  // anew (without recognising or mounting anything). Without root rights
+  // the new inventory is empty and no device is opened. Returns the number
+  // of disks found.
+  int UI_TakeInventory();
+  // Recognises and mounts the volumes of a fresh inventory; an inventory
+  // that was already used (or none yet) is first taken anew, so the volumes
+  // an earlier call mounted are unmounted before anything is mounted again.
   int UI_InitDevice();
   int GetDiskParttionInfo();
   long long Ui_GetVolumeSpace(char* path);
   long long Ui_GetVolumeFreeSpace(char* path);
   int GetCurrentParttionNum();
+  // Unmounts everything and takes the inventory anew (UI_TakeInventory).
   int UI_FreeMemory();
 
   VolumeInformation m_Volume[MAX_VOLUME_COUNT];
   MyComputer m_Computer;
   uint16_t m_DiskCount;
   uint16_t m_VolumeCount;
+  // 1 from UI_TakeInventory until UI_InitDevice mounts from the inventory.
+  uint8_t m_InventoryFresh;
 };
 
 extern View_Disk_Info g_AllDiskPartitionInf;

@@ -53,6 +53,7 @@ int TUmount(const char* target) { return g_current->Umount(target); }
 int TStatfs(const char* path, struct statfs64* out) { return g_current->Statfs(path, out); }
 int TMkdir(const char* path, mode_t mode) { return g_current->Mkdir(path, mode); }
 int TSystem(const char* command) { return g_current->System(command); }
+uid_t TGeteuid(void) { return g_current->Euid(); }
 
 std::string Hex(unsigned long v) {
   char buf[32];
@@ -104,6 +105,7 @@ FakeDevices::FakeDevices() {
   g_DeviceSeam.Statfs64 = TStatfs;
   g_DeviceSeam.Mkdir = TMkdir;
   g_DeviceSeam.System = TSystem;
+  g_DeviceSeam.Geteuid = TGeteuid;
 }
 
 FakeDevices::~FakeDevices() {

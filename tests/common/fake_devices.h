@@ -116,6 +116,10 @@ class FakeDevices {
   void FailUmount(const std::string& target, int err = EINVAL);
   // Any shell command containing text returns result (as system() would).
   void FailShell(const std::string& text, int result = 256);
+  // The effective user id the layer sees (root unless set; not recorded
+  // in Calls()).
+  void SetEuid(unsigned uid) { euid_ = uid; }
+  unsigned Euid() const { return euid_; }
   // statfs64 answers for a mount point (otherwise the real statfs64 of the
   // directory under the private /mnt).
   void SetStatfs(const std::string& path, long blockSize, unsigned long long blocks,
@@ -183,6 +187,7 @@ class FakeDevices {
   std::vector<std::pair<std::string, int>> openFlags_;
   std::map<std::string, std::string> mounted_;
   DeviceSeam* saved_;
+  unsigned euid_ = 0;
 };
 
 }  // namespace vt

@@ -84,6 +84,25 @@ TEST(DiskListFun, NoReadableNodeGivesZeroAndNullArray) {
   EXPECT_EQ(DiskListFun(nullptr, 1), 0);
 }
 
+TEST(DiskListFun, WithoutRootOpensNoDeviceAndSaysSo) {
+  dt::TempDir dir;
+  vt::FakeDevices fake;
+  fake.AddIdeDisk("/dev/hda", vt::MakeFatVolumesImage(dir.path(), {"DATA"}), "DISK");
+  fake.SetEuid(1000);
+  MyComputer root = {3, nullptr};
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(DiskListFun(&root, 1), 0);
+  std::string err = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(root.DiskCount, 0);
+  EXPECT_EQ(root.Disks, nullptr);
+  EXPECT_TRUE(fake.Calls().empty()) << fake.Calls().front();
+  EXPECT_NE(err.find("not running as root"), std::string::npos) << err;
+  // As root the same disk is found.
+  fake.SetEuid(0);
+  EXPECT_EQ(DiskListFun(&root, 1), 1);
+  Release(&root);
+}
+
 TEST(DiskListFun, IdeDiskIdentityGeometryAndPartitions) {
   dt::TempDir dir;
   vt::FakeDevices fake;

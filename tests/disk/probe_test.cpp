@@ -183,6 +183,46 @@ TEST(ProbeOptionsParsing, OptionsAndErrors) {
   fclose(err);
 }
 
+TEST(ProbeHelp, HelpOpensNoDevice) {
+  // The program's table is built when it starts (static construction) and
+  // then --help is asked for: no device may be touched on that way, even
+  // run as root with disks present.
+  ASSERT_TRUE(vt::FakeDevices::PrivateMntActive());
+  dt::TempDir dir;
+  vt::FakeDevices fake;
+  fake.AddIdeDisk("/dev/hda", vt::MakeFatVolumesImage(dir.path(), {"DATA"}), "DISK");
+  View_Disk_Info table;
+  char prog[] = "vantori-probe", help[] = "--help";
+  char* argv[] = {prog, help};
+  dt::StdoutCapture out;
+  EXPECT_EQ(ProbeMain(2, argv, 0, &table, stderr), 0);
+  EXPECT_NE(out.Stop().find("--no-mount"), std::string::npos);
+  EXPECT_TRUE(fake.Calls().empty()) << fake.Calls().front();
+  FreeHdInfoList(&table.m_Computer, FreeFsInfo);
+}
+
+TEST(ProbeHelp, RealProgramWithHelpTriesNoDeviceNode) {
+  // The built program, run as root in a private /dev that holds no disk,
+  // under strace: with --help it must not even try to open a disk node
+  // (its start-up used to take the whole inventory).
+  std::string probe = VANTORI_PROBE_PATH;
+  struct stat st;
+  ASSERT_EQ(stat(probe.c_str(), &st), 0) << probe << " not built";
+  if (dt::Run("command -v strace >/dev/null") != 0) GTEST_SKIP() << "strace is not installed";
+  if (geteuid() != 0) GTEST_SKIP() << "needs root for the private /dev";
+  dt::TempDir dir;
+  const std::string log = dir / "trace";
+  std::string out;
+  int rc = dt::Run(std::string(VANTORI_SOURCE_DIR) + "/tests/run-in-mntns.sh --empty-dev strace -f -qq -e trace=open,openat -o '" + log + "' '" + probe + "' --help", &out);
+  ASSERT_EQ(rc, 0) << out;
+  EXPECT_NE(out.find("--no-mount"), std::string::npos) << out;
+  std::string trace;
+  ASSERT_EQ(dt::Run("cat '" + log + "'", &trace), 0);
+  ASSERT_NE(trace.find("open"), std::string::npos) << "strace recorded nothing: " << trace;
+  for (const char* node : {"/dev/hd", "/dev/sd", "/dev/sg"})
+    EXPECT_EQ(trace.find(node), std::string::npos) << node << " tried:\n" << trace;
+}
+
 TEST(ProbeRoot, NotRootFailsWithMessageAndPrintsNoRecords) {
   vt::FakeDevices fake;  // nothing would be reachable anyway
   FILE* err = tmpfile();

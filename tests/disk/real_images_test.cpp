@@ -238,6 +238,7 @@ TEST_F(ToolImages, EachFatSizeOnItsOwnDisk) {
     ++node;
   }
   View_Disk_Info table;
+  ASSERT_EQ(table.UI_TakeInventory(), kCases);
   ASSERT_EQ(table.m_DiskCount, kCases);
   EXPECT_EQ(DetectAllPartitions(&table.m_Computer), kCases);
   for (int d = 0; d < kCases; ++d) {

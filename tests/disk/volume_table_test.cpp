@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <map>
 
 #include "disk/DeviceSeam.h"
 #include "disk/View_Disk_Info.h"
@@ -38,9 +39,11 @@ class VolumeTable : public ::testing::Test {
     if (table_) FreeHdInfoList(&table_->m_Computer, FreeFsInfo);
     dt::Run("rm -rf /mnt/* 2>/dev/null");
   }
-  // Builds a table with the fake's disks (as the constructor at load does).
+  // Builds a table and takes the inventory of the fake's disks (construction
+  // alone opens nothing).
   View_Disk_Info* Table() {
     table_.reset(new View_Disk_Info);
+    table_->UI_TakeInventory();
     return table_.get();
   }
   std::string Letters(View_Disk_Info* t) {
@@ -60,7 +63,7 @@ TEST_F(VolumeTable, StartUpTableOfTestProgramIsEmpty) {
   EXPECT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 0);
 }
 
-TEST_F(VolumeTable, ConstructionTakesInventoryWithoutMounting) {
+TEST_F(VolumeTable, TakingTheInventoryMountsNothing) {
   fake_.AddIdeDisk("/dev/hda", vt::MakeFatVolumesImage(dir_.path(), {"DATA"}), "D");
   View_Disk_Info* t = Table();
   EXPECT_EQ(t->m_DiskCount, 1);
@@ -69,6 +72,94 @@ TEST_F(VolumeTable, ConstructionTakesInventoryWithoutMounting) {
   EXPECT_TRUE(fake_.CallsOf("mount").empty());
   EXPECT_TRUE(fake_.CallsOf("mkdir").empty());
   EXPECT_EQ(t->m_Computer.Disks[0].Partitions[0].FileSystem, nullptr);
+  // The fresh inventory is the one mounted from: no second discovery.
+  fake_.ClearCalls();
+  t->UI_InitDevice();
+  EXPECT_TRUE(fake_.CallsOf("open").size() == 1u) << fake_.CallsOf("open").size();
+  EXPECT_EQ(t->GetCurrentParttionNum(), 1);
+  t->UI_FreeMemory();
+}
+
+TEST_F(VolumeTable, ConstructionOpensNoDevice) {
+  // The global table is constructed when the library is loaded: that must
+  // not touch a disk (nor need root rights).
+  fake_.AddIdeDisk("/dev/hda", vt::MakeFatVolumesImage(dir_.path(), {"DATA"}), "D");
+  View_Disk_Info table;
+  EXPECT_TRUE(fake_.Calls().empty()) << fake_.Calls().front();
+  EXPECT_EQ(table.m_DiskCount, 0);
+  EXPECT_EQ(table.m_Computer.Disks, nullptr);
+  EXPECT_EQ(table.GetCurrentParttionNum(), 0);
+}
+
+TEST_F(VolumeTable, InitDeviceWithoutRootOpensNoDeviceAndMountsNothing) {
+  fake_.AddIdeDisk("/dev/hda", vt::MakeFatVolumesImage(dir_.path(), {"DATA"}), "D");
+  fake_.SetEuid(1000);
+  View_Disk_Info table;
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(table.UI_InitDevice(), 0);
+  EXPECT_EQ(table.GetDiskParttionInfo(), 0);
+  std::string err = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(table.GetCurrentParttionNum(), 0);
+  EXPECT_TRUE(fake_.CallsOf("open").empty());
+  EXPECT_TRUE(fake_.CallsOf("mount").empty());
+  EXPECT_NE(err.find("not running as root"), std::string::npos) << err;
+  table.UI_FreeMemory();
+  EXPECT_TRUE(fake_.CallsOf("open").empty());
+}
+
+TEST_F(VolumeTable, SecondInitDeviceUnmountsTheFirstInventoryFirst) {
+  // A second create without destroy takes the inventory again: the volumes
+  // of the first one are unmounted before anything is mounted again, so
+  // every volume ends up mounted exactly once.
+  fake_.AddIdeDisk("/dev/hda", vt::MakeFatVolumesImage(dir_.path(), {"A", "B"}), "D");
+  View_Disk_Info* t = Table();
+  t->UI_InitDevice();
+  t->GetDiskParttionInfo();
+  ASSERT_EQ(Letters(t), "CD");
+  fake_.ClearCalls();
+  t->UI_InitDevice();
+  t->GetDiskParttionInfo();
+  EXPECT_EQ(Letters(t), "CD");
+  std::map<std::string, std::string> expected = {{"/mnt/C", "/dev/hda1"}, {"/mnt/D", "/dev/hda2"}};
+  EXPECT_EQ(fake_.Mounted(), expected);
+  std::vector<std::string> mountCalls;
+  for (const std::string& c : fake_.Calls())
+    if (c.rfind("mount ", 0) == 0 || c.rfind("umount ", 0) == 0) mountCalls.push_back(c);
+  std::vector<std::string> expectedCalls = {"umount /mnt/C", "umount /mnt/D",
+                                            "mount /dev/hda1 /mnt/C vfat 0xc0ed0000",
+                                            "mount /dev/hda2 /mnt/D vfat 0xc0ed0000"};
+  EXPECT_EQ(mountCalls, expectedCalls);
+  EXPECT_STREQ(t->m_Volume[1].VolumeLabel, "B          ");
+  EXPECT_EQ(fake_.OpenHandles(), 0);
+  t->UI_FreeMemory();
+  EXPECT_TRUE(fake_.Mounted().empty());
+}
+
+TEST_F(VolumeTable, ControlCharactersInLabelLinesAreEscaped) {
+  // Label bytes below 0x20 and 0x7f would reach the terminal as control
+  // sequences; other bytes (also >= 0x80) print as they are.
+  fake_.AddIdeDisk("/dev/hda",
+                   vt::MakeVolumesImage(dir_.path(), "a.img",
+                                        {{'F', "\x1b[2J\x07\x7f\xe9t\xe9"}, {'N', "Donn\xe9\x1b"}}),
+                   "D");
+  View_Disk_Info* t = Table();
+  dt::StdoutCapture out;
+  t->UI_InitDevice();
+  std::string text = out.Stop();
+  ASSERT_EQ(t->GetCurrentParttionNum(), 2);
+  // The volume table keeps the label bytes as they are.
+  EXPECT_STREQ(t->m_Volume[0].VolumeLabel, "\x1b[2J\x07\x7f\xe9t\xe9  ");
+  const std::string fat = "\\x1b[2J\\x07\\x7f\xe9t\xe9  ";
+  const std::string ntfs = "Donn\xe9\\x1b";
+  EXPECT_EQ(text, "/dev/hda1\n"
+                  "VolumeLable_1 = " + fat + " \n"
+                  "VolumeLable_2 =  \n"
+                  "VolumeLable_11 = " + fat + " \n"
+                  "VolumeLable_22 = " + fat + " \n"
+                  "/dev/hda2\n"
+                  "VolumeLable_11 = " + ntfs + " \n"
+                  "VolumeLable_22 = " + ntfs + " \n");
+  t->UI_FreeMemory();
 }
 
 TEST_F(VolumeTable, IdeNtfsNtfsFatThenUsbFatGiveCDEAndRemovableF) {

@@ -117,6 +117,8 @@ int FuzzUmount(const char*) { Unexpected("umount"); }
 int FuzzStatfs64(const char*, struct statfs64*) { Unexpected("statfs64"); }
 int FuzzMkdir(const char*, mode_t) { Unexpected("mkdir"); }
 int FuzzSystem(const char*) { Unexpected("system"); }
+// The disk is served to root: discovery runs whoever runs the fuzzer.
+uid_t FuzzGeteuid(void) { return 0; }
 
 }  // namespace
 
@@ -179,5 +181,6 @@ void FuzzDisk::Install(const char* target) {
   g_current = this;
   if (target != nullptr) g_target = target;
   g_DeviceSeam = DeviceSeam{FuzzOpen64, FuzzClose, FuzzIoctl, FuzzLseek64, FuzzRead, FuzzWrite,
-                            FuzzMount, FuzzUmount, FuzzStatfs64, FuzzMkdir, FuzzSystem};
+                            FuzzMount, FuzzUmount, FuzzStatfs64, FuzzMkdir, FuzzSystem,
+                            FuzzGeteuid};
 }

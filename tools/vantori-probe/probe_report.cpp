@@ -38,6 +38,8 @@ struct PartitionSnapshot {
   std::string label;  // escaped
 };
 
+// The record lines are fixed output, checked by tests and read by scripts:
+// not debugging leftovers.
 void Emit(const std::string& line) {
   fputs(line.c_str(), stdout);
   fputc('\n', stdout);
@@ -46,6 +48,7 @@ void Emit(const std::string& line) {
 }  // namespace
 
 void PrintProbeUsage(FILE* out) {
+  // Fixed output, checked by tests.
   fputs(
       "usage: vantori-probe [--no-mount | --keep-mounted] [--help]\n"
       "\n"
@@ -100,6 +103,9 @@ int ParseProbeArgs(int argc, char** argv, ProbeOptions* options, FILE* err) {
 }
 
 int RunProbe(View_Disk_Info* info, const ProbeOptions& options) {
+  // The first and only device access of the program: the table's
+  // construction and --help open nothing.
+  info->UI_TakeInventory();
   MyComputer* computer = &info->m_Computer;
   // Discovery letters first: mounting gives letters again, to mounted volumes only.
   std::vector<std::vector<PartitionSnapshot>> snapshot(
@@ -196,6 +202,7 @@ int ProbeMain(int argc, char** argv, uid_t euid, View_Disk_Info* info, FILE* err
     return 0;
   }
   if (euid != 0) {
+    // Fixed output, checked by tests; nothing has opened a device yet.
     fprintf(err, "vantori-probe: must be run as root (raw disk access and mount need it)\n");
     return 1;
   }

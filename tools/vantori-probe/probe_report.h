@@ -19,8 +19,8 @@ int ParseProbeArgs(int argc, char** argv, ProbeOptions* options, FILE* err);
 
 void PrintProbeUsage(FILE* out);
 
-// Recognises (and with options.mount mounts) the volumes of info's inventory
-// and prints the record lines to standard output. Returns 0.
+// Takes info's inventory, recognises (and with options.mount mounts) its
+// volumes and prints the record lines to standard output. Returns 0.
 int RunProbe(View_Disk_Info* info, const ProbeOptions& options);
 
 // The whole program: arguments, the root check (euid), the report.

@@ -1,7 +1,7 @@
 // vantori-probe: prints what the disk layer sees on this machine (see --help).
-// The inventory itself is taken when the library's volume table is
-// constructed at start-up; opening the nodes fails without root rights and
-// leaves it empty.
+// The volume table is constructed at start-up without touching a device; the
+// inventory is taken only after the options and the root check (--help and
+// a start without root rights open no device).
 #include <unistd.h>
 
 #include "disk/View_Disk_Info.h"
