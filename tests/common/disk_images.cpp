@@ -118,17 +118,24 @@ std::vector<uint8_t> DirEntry(const std::string& name11, uint8_t attribute) {
 }
 
 std::vector<uint8_t> NtfsBootSector(uint32_t totalSectors) {
+  NtfsParams p;
+  p.totalSectors = totalSectors - 1;
+  p.mirrorCluster = totalSectors / 16;
+  return NtfsBootSector(p);
+}
+
+std::vector<uint8_t> NtfsBootSector(const NtfsParams& p) {
   std::vector<uint8_t> b(512, 0);
   b[0] = 0xEB;
   b[1] = 0x52;
   b[2] = 0x90;
   memcpy(&b[3], "NTFS    ", 8);
   Put16(b, 11, 512);
-  b[13] = 8;
-  Put32(b, 40, totalSectors - 1);
-  Put32(b, 48, 4);
-  Put32(b, 56, totalSectors / 16);
-  b[64] = 0xF6;
+  b[13] = p.sectorsPerCluster;
+  Put32(b, 40, p.totalSectors);
+  Put32(b, 48, p.mftCluster);
+  Put32(b, 56, p.mirrorCluster);
+  b[64] = p.clustersPerRecord;
   b[68] = 1;
   PutBootSignature(b);
   return b;

@@ -61,9 +61,18 @@ struct VolumeSpec {
 std::string MakeVolumesImage(const std::string& dir, const std::string& name,
                              const std::vector<VolumeSpec>& volumes,
                              uint32_t partSectors = 16384);
-// An NTFS boot sector (8 sectors per cluster, MFT at cluster 4) and the
-// volume file record that goes at sector 38 of the volume.
+// An NTFS boot sector (8 sectors per cluster, MFT at cluster 4) for a
+// volume of totalSectors, and the volume file record that goes at sector 38
+// of the volume.
 std::vector<uint8_t> NtfsBootSector(uint32_t totalSectors);
+struct NtfsParams {
+  uint8_t sectorsPerCluster = 8;
+  uint8_t clustersPerRecord = 0xF6;  // the word at 64: 2^10-byte records
+  uint32_t totalSectors = 16383;     // the count at 40
+  uint32_t mftCluster = 4;
+  uint32_t mirrorCluster = 1024;
+};
+std::vector<uint8_t> NtfsBootSector(const NtfsParams& p);
 std::vector<uint8_t> NtfsVolumeRecord(const std::string& label);
 
 // Makes dir/fat-volumes.img: one disk with a FAT16 primary partition of

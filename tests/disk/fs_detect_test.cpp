@@ -472,20 +472,13 @@ class Ntfs : public Recognition {
  protected:
   // spc sectors per cluster, MFT at cluster 4: record 3 at 4*spc + 6.
   void Boot(uint8_t spc, uint8_t clustersPerRecord, uint64_t total = 16000, uint64_t mft = 4) {
-    std::vector<uint8_t> b(512, 0);
-    b[0] = 0xEB;
-    b[1] = 0x52;
-    b[2] = 0x90;
-    memcpy(&b[3], "NTFS    ", 8);
-    Put16(b, 11, 512);
-    b[13] = spc;
-    Put32(b, 40, static_cast<uint32_t>(total));
-    Put32(b, 48, static_cast<uint32_t>(mft));
-    Put32(b, 56, 2);
-    b[64] = clustersPerRecord;
-    b[68] = 1;
-    vt::PutBootSignature(b);
-    Sector(0, b);
+    vt::NtfsParams p;
+    p.sectorsPerCluster = spc;
+    p.clustersPerRecord = clustersPerRecord;
+    p.totalSectors = static_cast<uint32_t>(total);
+    p.mftCluster = static_cast<uint32_t>(mft);
+    p.mirrorCluster = 2;
+    Sector(0, vt::NtfsBootSector(p));
     spc_ = spc;
   }
   // File record 3 with the attributes given as (type, length, value bytes).
