@@ -46,8 +46,9 @@ int GeometryFromBootRecord(int fd, HardDiskInformation* disk) {
   unsigned char* sector = static_cast<unsigned char*>(malloc(bps));
   if (sector == NULL) return -1;
   int result = -1;
-  ByteView view = MakeByteView(sector, bps);
-  if (DirectReadDisk(fd, 0, 1, sector, bps) == 1 && HasBootSignature(&view)) {
+  ByteView view = MakeByteView(NULL, 0);
+  if (DirectReadDisk(fd, 0, 1, sector, bps) == 1) view = MakeByteView(sector, bps);
+  if (HasBootSignature(&view)) {
     bool found = false;
     for (int i = 0; i < PARTITION_ENTRY_COUNT; ++i) {
       PartitionEntry entry;

@@ -64,7 +64,7 @@ void Fat32RootLabel(unsigned short bps, FileSystemInformation* fs, int fd, char*
     const uint64_t dirClusters =
         clusterBytes == 0 ? 0 : (65536ull * 32 + clusterBytes - 1) / clusterBytes;
     const uint64_t maxVisits = bound < dirClusters ? bound : dirClusters;
-    ByteView fatView = MakeByteView(fat, static_cast<size_t>(bps) * kFatWindowSectors);
+    ByteView fatView = MakeByteView(NULL, 0);  // the window read last
     uint64_t window = UINT64_MAX;
     uint64_t visited = 0;
     uint32_t cluster = fs->RootLocation;
@@ -87,6 +87,7 @@ void Fat32RootLabel(unsigned short bps, FileSystemInformation* fs, int fd, char*
             kFatWindowSectors)
           break;
         window = index;
+        fatView = MakeByteView(fat, static_cast<size_t>(bps) * kFatWindowSectors);
       }
       // (cluster - index * 16384) * 4 + 3 < 65536 <= 128 * bps: inside the window.
       cluster = ViewLe32(&fatView, static_cast<size_t>((cluster - index * kFatWindowEntries) * 4));

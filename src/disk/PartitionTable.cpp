@@ -48,9 +48,9 @@ bool ReadSignedSector(int fd, uint64_t sector, unsigned char* buffer, unsigned s
 // boot record that describes it. e + link is a 32-bit sector number like the
 // start it becomes: the record read is always the one the start names.
 void WalkExtended(int fd, unsigned short bps, uint32_t e, unsigned char* buffer, Walk* walk) {
+  if (!ReadSignedSector(fd, e, buffer, bps)) return;
   ByteView view = MakeByteView(buffer, bps);
   ByteView* sector = &view;
-  if (!ReadSignedSector(fd, e, buffer, bps)) return;
   int k = Entry(sector, 0).type == 0 ? 1 : 0;
   PartitionEntry slot = Entry(sector, k);
   if (!PartitionEntryUsed(&slot)) return;
@@ -82,8 +82,8 @@ int GetPartitionInformation(int fd, unsigned short bytesPerSector, PartitionInfo
   unsigned char* ebr = static_cast<unsigned char*>(malloc(bytesPerSector));
   Walk* walk = static_cast<Walk*>(calloc(1, sizeof(Walk)));
   int result = 0;
-  ByteView mbrView = MakeByteView(mbr, bytesPerSector);
   if (mbr != NULL && ebr != NULL && walk != NULL && ReadSignedSector(fd, 0, mbr, bytesPerSector)) {
+    ByteView mbrView = MakeByteView(mbr, bytesPerSector);
     walk->nextLogical = 5;
     for (int i = 0; i < PARTITION_ENTRY_COUNT; ++i) {
       PartitionEntry entry = Entry(&mbrView, i);
