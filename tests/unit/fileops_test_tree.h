@@ -1,0 +1,52 @@
+// A scratch folder under /tmp for the file-operations tests, removed with
+// everything in it when the test ends.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <ftw.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "common/test_support.h"
+
+namespace vt {
+
+class ScratchTree {
+ public:
+  ScratchTree() {
+    char name[] = "/tmp/vantori-fileops.XXXXXX";
+    const char* made = mkdtemp(name);
+    EXPECT_NE(made, nullptr);
+    root_ = made != nullptr ? made : "/nonexistent";
+  }
+  ~ScratchTree() {
+    // Read-only folders left by a test must not keep their contents.
+    nftw(root_.c_str(), [](const char* p, const struct stat* s, int type, struct FTW*) {
+      if (type == FTW_D || type == FTW_DNR) chmod(p, 0755);
+      (void)s;
+      return 0;
+    }, 16, FTW_PHYS);
+    nftw(root_.c_str(), [](const char* p, const struct stat*, int, struct FTW*) {
+      return remove(p);
+    }, 16, FTW_DEPTH | FTW_PHYS);
+  }
+  const std::string& Root() const { return root_; }
+  std::string Path(const std::string& rel) const { return root_ + "/" + rel; }
+  void Folder(const std::string& rel) const { mkdir(Path(rel).c_str(), 0755); }
+  void File(const std::string& rel, size_t bytes) const {
+    WriteFile(Path(rel), std::string(bytes, 'x'));
+  }
+  void Link(const std::string& target, const std::string& rel) const {
+    EXPECT_EQ(symlink(target.c_str(), Path(rel).c_str()), 0) << rel;
+  }
+
+ private:
+  std::string root_;
+};
+
+}  // namespace vt
