@@ -21,6 +21,7 @@
 #include "disk/View_Disk_Info.h"
 #include "display/ListingText.h"
 #include "display/VolumeText.h"
+#include "fileops/FolderWalker.h"
 
 namespace {
 const int kTreeId = 1004;
@@ -372,26 +373,19 @@ void my_DirTreeCtrl::SetFocus() {
 }
 
 unsigned long long my_DirTreeCtrl::Account_Dir_File_Size(const wxString& path) {
-  wxLogNull quiet;
-  if (wxFileExists(path)) {
-    wxULongLong size = wxFileName::GetSize(path);
-    return size == wxInvalidSize ? 0 : size.GetValue();
-  }
+  const wxCharBuffer name = path.fn_str();
+  FolderWalkOptions options;
+  options.followLinks = true;
+  FolderWalkEntry top;
+  struct stat64 info;
+  if (DescribePath(name.data(), options, &top, &info) != 0) return 0;
+  if (top.kind == kWalkFile) return top.size;
+  // The sum is carried in a double, as the tree has always done.
   double total = 0;
-  wxDir dir;
-  if (!wxDirExists(path) || !dir.Open(path)) return 0;
-  wxString name;
-  bool more = dir.GetFirst(&name, wxString(), wxDIR_FILES | wxDIR_DIRS | wxDIR_HIDDEN);
-  while (more) {
-    const wxString full = path + "/" + name;
-    if (wxFileExists(full)) {
-      wxULongLong size = wxFileName::GetSize(full);
-      if (size != wxInvalidSize) total += size.ToDouble();
-    } else if (wxDirExists(full)) {
-      total += static_cast<double>(Account_Dir_File_Size(full));
-    }
-    more = dir.GetNext(&name);
-  }
+  WalkFolder(name.data(), options, [&](const FolderWalkEntry& e) {
+    if (e.event == kWalkEnter && e.kind == kWalkFile) total += static_cast<double>(e.size);
+    return kWalkContinue;
+  });
   return static_cast<unsigned long long>(total);
 }
 

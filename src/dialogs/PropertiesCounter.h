@@ -7,6 +7,10 @@
 
 class Properties_dialog;
 
-// Returns 10 when counting was stopped (the dialog's cancel flag, or a stop
-// left in its status by a deeper level) and 1 otherwise.
+// Returns kStatusStopped (10) when counting was stopped (the dialog's cancel
+// flag, a stop left in its status by a deeper level, or the dialog destroyed
+// during a yield) and kStatusWalked (1) otherwise. Symbolic links are
+// followed, never into a folder that is one of its own ancestors; sizes come
+// from a 64-bit stat. No folder stays open while the count yields, and
+// nothing of the dialog is touched once it has been destroyed.
 int CountDirFileInfo(Properties_dialog* dialog, const wxString& path);

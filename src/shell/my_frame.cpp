@@ -25,6 +25,7 @@
 #include "dialogs/Properties_dialog.h"
 #include "disk/View_Disk_Info.h"
 #include "display/Conversion.h"
+#include "fileops/WalkStatus.h"
 #include "help/HelpDia.h"
 #include "help/KelnoraAboutDialog.h"
 #include "settings/CCtrlConfig.h"
@@ -87,7 +88,6 @@ my_frame::my_frame(wxWindow* parent, int id, const wxString& /*title*/, const wx
       m_helpButton(nullptr),
       m_copyButton(nullptr),
       m_exitButton(nullptr),
-      m_propertiesDialog(nullptr),
       m_menuAnchor(nullptr),
       m_pathText(nullptr),
       m_dragAllowed(false),
@@ -178,6 +178,9 @@ my_frame::my_frame(wxWindow* parent, int id, const wxString& /*title*/, const wx
 }
 
 my_frame::~my_frame() {
+  // A count that is yielding when the frame goes away stops at once; the
+  // dialog goes with the frame, and the count sees that it has gone.
+  if (m_propertiesDialog) m_propertiesDialog->m_cancel = true;
   // A frame deleted between a press and its release still holds the mouse.
   if (HasCapture()) ReleaseMouse();
   settings::CCtrlConfig::UnInstance();
@@ -309,12 +312,15 @@ int my_frame::count_DirFileInfo(wxString path) {
 
 // Properties of the tree's current folder (403) or of the rows selected in
 // the list (423): the dialog opens with the frame disabled and shows the
-// counters while the folders are walked; closing it stops the walk.
+// counters while the folders are walked; closing it stops the walk. Every
+// yield may destroy the dialog, or the frame with everything in it (the host
+// window closed): after each one nothing is touched that has gone.
 void my_frame::ShowProperties(int code) {
-  m_propertiesDialog = new Properties_dialog(this, wxID_ANY, wxGetTranslation("Properties"),
-                                             wxPoint(320, 230), wxSize(350, 275),
-                                             wxCAPTION | wxCLOSE_BOX | wxSYSTEM_MENU);
-  Properties_dialog* dialog = m_propertiesDialog;
+  Properties_dialog* dialog = new Properties_dialog(this, wxID_ANY, wxGetTranslation("Properties"),
+                                                    wxPoint(320, 230), wxSize(350, 275),
+                                                    wxCAPTION | wxCLOSE_BOX | wxSYSTEM_MENU);
+  m_propertiesDialog = dialog;
+  wxWeakRef<my_frame> self(this);
   wxWeakRef<Properties_dialog> alive(dialog);
   dialog->SetCounting(true);
   dialog->Show();
@@ -322,7 +328,7 @@ void my_frame::ShowProperties(int code) {
   Enable(false);
   dialog->Enable(true);
   wxYieldIfNeeded();
-  if (!alive) return;
+  if (!self || !alive) return;
   dialog->ShowRunningCounts();
 
   wxString path;
@@ -334,7 +340,7 @@ void my_frame::ShowProperties(int code) {
   }
   dialog->SetLocation(Conversion_Path(path, -1));
 
-  int result = 1;
+  int result = kStatusWalked;
   if (code == MYCMD_TREE_PROPERTIES) {
     result = count_DirFileInfo(path);
   } else {
@@ -344,26 +350,24 @@ void my_frame::ShowProperties(int code) {
     for (int i = 0; i < count; ++i) {
       if (!(rows->GetItemState(i, wxLIST_STATE_SELECTED) & wxLIST_STATE_SELECTED)) continue;
       result = count_DirFileInfo(folder + rows->GetItemText(i));
-      if (result == 10) break;
+      if (!self || result == kStatusStopped) break;
     }
   }
-  if (!alive) return;
+  if (!self || !alive) return;
   dialog->SetCounting(false);
-  if (result == 10) {
-    m_propertiesDialog = nullptr;
+  // Close pressed during the count's last yield: the count may still have
+  // ended normally, but the user asked for the dialog to go.
+  if (result == kStatusStopped || dialog->m_cancel) {
     dialog->Dismiss();
     return;
   }
-  if (result == 1 || code == MYCMD_TREE_PROPERTIES) {
-    dialog->m_status = 11;
+  if (result == kStatusWalked || code == MYCMD_TREE_PROPERTIES) {
+    dialog->m_status = kStatusFinished;
     wxYieldIfNeeded();
-    if (!alive) return;
+    if (!self || !alive) return;
     dialog->ShowFinalCounts();
   }
-  if (code == MYCMD_TREE_PROPERTIES && result != 1) {
-    m_propertiesDialog = nullptr;
-    dialog->Dismiss();
-  }
+  if (code == MYCMD_TREE_PROPERTIES && result != kStatusWalked) dialog->Dismiss();
 }
 
 void my_frame::OnHelp(wxCommandEvent& event) { OnButtonHelp(event); }

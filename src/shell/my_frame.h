@@ -10,10 +10,12 @@
 #include <wx/statbox.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
+#include <wx/weakref.h>
+
+#include "dialogs/Properties_dialog.h"
 
 class my_listctrl;
 class my_DirTreeCtrl;
-class Properties_dialog;
 class keln_BitmapButton;
 class HelpDia;
 
@@ -84,7 +86,8 @@ class my_frame : public wxPanel {
   wxSplitterWindow* GetSplitter() const { return m_splitter; }
   wxPanel* GetInnerPanel() const { return m_innerPanel; }
   HelpDia* GetHelpDia() const { return m_helpDia; }
-  Properties_dialog* GetPropertiesDialog() const { return m_propertiesDialog; }
+  // The open properties dialog, or null (also once it has been destroyed).
+  Properties_dialog* GetPropertiesDialog() const { return m_propertiesDialog.get(); }
   wxWindow* GetMenuAnchor() const { return m_menuAnchor; }
 
  private:
@@ -98,7 +101,7 @@ class my_frame : public wxPanel {
   wxButton* m_helpButton;
   wxButton* m_copyButton;
   wxButton* m_exitButton;
-  Properties_dialog* m_propertiesDialog;
+  wxWeakRef<Properties_dialog> m_propertiesDialog;
   wxWindow* m_menuAnchor;
   wxTextCtrl* m_pathText;
   wxString m_targetPath;

@@ -10,7 +10,9 @@
 #include <functional>
 #include <vector>
 
+#include "common/fake_fileops.h"
 #include "common/gui_testing.h"
+#include "timer_call.h"
 #include "main_window_env.h"
 #include "browser/L_listctrl.h"
 #include "destination/Des_PathInfo.h"
@@ -335,24 +337,35 @@ TEST_F(BrowserFrameTest, CancelStopsALongCount) {
       vt::WriteFile(b, "x");
     }
   }
+  const int entries = 40 + 40 * 40 * 2;
   tree->SetPath("/mnt/C/many");
   ASSERT_EQ(tree->GetPath(), "/mnt/C/many");
+  vt::FakeFileOps files;  // counts what the walk examines and opens
   int seenFolders = -1;
   bool sawCounting = false;
-  // The first yield of the count runs this: press Close while it counts.
-  frame->CallAfter([&] {
+  int examinedAtClose = -1, openedAtClose = -1;
+  // A timer runs during the count's yields: it presses Close once 100
+  // folders are counted.
+  vt::TimerCall watch(1, [&] {
     Properties_dialog* d = OpenDialog();
-    if (d == nullptr) return;
+    if (seenFolders >= 0 || d == nullptr || d->m_folderCount < 100) return;
     sawCounting = d->IsCounting();
     seenFolders = d->m_folderCount;
+    examinedAtClose = files.Count(vt::FakeFileOps::kLstat);
+    openedAtClose = files.Count(vt::FakeFileOps::kOpendir);
     wxCommandEvent close(wxEVT_BUTTON, 204);
     d->GetEventHandler()->ProcessEvent(close);
   });
   Post(MYCMD_TREE_PROPERTIES);
   vt::Pump(50);
   EXPECT_TRUE(sawCounting);
-  EXPECT_GE(seenFolders, 0);
-  EXPECT_LT(seenFolders, 1640);
+  EXPECT_GE(seenFolders, 100);
+  // The walk stops at the next entry: at most the folder being entered is
+  // opened and its first entry examined, far from the whole tree.
+  EXPECT_LE(files.Count(vt::FakeFileOps::kOpendir) - openedAtClose, 1);
+  EXPECT_LE(files.Count(vt::FakeFileOps::kLstat) - examinedAtClose, 1);
+  EXPECT_LT(files.Count(vt::FakeFileOps::kLstat), entries / 10);
+  EXPECT_EQ(files.OpenFolders(), 0);
   EXPECT_EQ(OpenDialog(), nullptr) << "a stopped count destroys the dialog";
   EXPECT_TRUE(frame->IsEnabled());
   EXPECT_EQ(frame->GetPropertiesDialog(), nullptr);

@@ -9,11 +9,19 @@
 #include <wx/stattext.h>
 #include <wx/timer.h>
 
+#include <errno.h>
+#include <string.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
+
+#include <wx/weakref.h>
 
 #include "dialogs/PropertiesCounter.h"
 #include "dialogs/Properties_dialog.h"
+#include "common/fake_fileops.h"
+#include "disk/DeviceSeam.h"
 #include "shell/my_frame.h"
+#include "timer_call.h"
 
 using vt::TestVolumes;
 
@@ -251,6 +259,7 @@ TEST_F(PropertiesFromMenusTest, TreeMenuPropertiesCountsTheSelectedFolder) {
   d->Close();
   EXPECT_TRUE(vt::PumpUntil([] { return OpenPropertiesDialog() == nullptr; }));
   EXPECT_TRUE(frame->IsEnabled());
+  EXPECT_EQ(frame->GetPropertiesDialog(), nullptr) << "no pointer to the destroyed dialog";
 }
 
 TEST_F(PropertiesFromMenusTest, ListMenuPropertiesCountsTheSelectedRows) {
@@ -464,4 +473,112 @@ TEST_F(PropertiesFromMenusTest, RightClickOnATreeFolderAndPropertiesFromTheRealM
   EXPECT_EQ(d->m_locationText->GetValue(), "C:\\pics");
   EXPECT_EQ(d->m_filesText->GetLabel(), "2");
   EXPECT_EQ(d->m_folderText->GetLabel(), "1");
+}
+
+// ---- the window going away, or Close, during a count's yield ---------------
+
+namespace {
+
+// The device table's umount, wrapped: for /mnt/C it first unmounts the real
+// file system the test mounted there, so the kernel says whether anything
+// (an open folder, a working directory) still holds the volume.
+struct RealUmountOfC {
+  static int (*fakeUmount)(const char*);
+  static int result;
+  static int error;
+  static int foldersOpen;
+  static int Umount(const char* target) {
+    if (std::string(target) == "/mnt/C") {
+      foldersOpen = vt::FakeFileOps::Current() ? vt::FakeFileOps::Current()->OpenFolders() : -1;
+      result = umount(target);
+      error = errno;
+    }
+    return fakeUmount(target);
+  }
+  RealUmountOfC() {
+    fakeUmount = g_DeviceSeam.Umount;
+    result = -2;
+    error = 0;
+    foldersOpen = -1;
+    g_DeviceSeam.Umount = Umount;
+  }
+  ~RealUmountOfC() {
+    g_DeviceSeam.Umount = fakeUmount;
+    if (result != 0) umount2("/mnt/C", MNT_DETACH);
+  }
+};
+int (*RealUmountOfC::fakeUmount)(const char*) = nullptr;
+int RealUmountOfC::result = -2;
+int RealUmountOfC::error = 0;
+int RealUmountOfC::foldersOpen = -1;
+
+}  // namespace
+
+TEST_F(PropertiesFromMenusTest, ClosingTheHostWindowDuringACountEndsTheWalkAndUnmounts) {
+  // C: on a real file system (a tmpfs over its mount point).
+  ASSERT_EQ(mount("vantori-test-c", "/mnt/C", "tmpfs", 0, "size=64m"), 0) << strerror(errno);
+  RealUmountOfC umountC;
+  MakeManyFolders();
+  vt::FakeFileOps files;
+  my_DirTreeCtrl* tree = frame->GetTreeCtrl();
+  tree->SetPath("/mnt/C/many");
+  ASSERT_EQ(tree->GetPath(), "/mnt/C/many");
+  wxWeakRef<wxFrame> host(top);
+  wxWeakRef<my_frame> module(frame);
+  wxWeakRef<Properties_dialog> dialog;
+  int openedAtClose = -1;
+  {
+    vt::TimerCall closer(1, [&] {
+      Properties_dialog* d = OpenPropertiesDialog();
+      if (openedAtClose >= 0 || d == nullptr || !d->IsCounting() || d->m_folderCount < 40) return;
+      dialog = d;
+      openedAtClose = files.Count(vt::FakeFileOps::kOpendir);
+      // What the host does when its window is closed: the module's destroy
+      // (the frame's Destroy), then its own Destroy.
+      module->Destroy();
+      host->Destroy();
+    });
+    ChooseMenuEntry(tree, 403);
+    ASSERT_TRUE(vt::PumpUntil([&] { return openedAtClose >= 0 && !host && !module; }, 20000))
+        << "closed " << (openedAtClose >= 0);
+  }
+  top = nullptr;
+  frame = nullptr;
+  EXPECT_FALSE(dialog) << "the dialog went with the frame";
+  EXPECT_LE(files.Count(vt::FakeFileOps::kOpendir) - openedAtClose, 1)
+      << "the walk ended at the yield where the window went";
+  EXPECT_LT(files.Count(vt::FakeFileOps::kOpendir), 50 * 50 / 2);
+  EXPECT_EQ(files.OpenFolders(), 0);
+  EXPECT_EQ(umountC.foldersOpen, 0) << "no folder of the walk open at the unmount";
+  EXPECT_EQ(umountC.result, 0) << "umount /mnt/C: " << strerror(umountC.error);
+}
+
+TEST_F(PropertiesFromMenusTest, CloseDuringTheLastYieldOfACountThatEndsNormallyLeavesNoDialog) {
+  mkdir("/mnt/C/one", 0755);
+  mkdir("/mnt/C/one/only", 0755);
+  vt::FakeFileOps files;
+  // The only entry is examined slowly, so the timer is due at the yield that
+  // follows it: the count's last, after which no entry reads the cancel flag.
+  files.Delay(vt::FakeFileOps::kLstat, 30, "*/one/only");
+  my_DirTreeCtrl* tree = frame->GetTreeCtrl();
+  tree->SetPath("/mnt/C/one");
+  ASSERT_EQ(tree->GetPath(), "/mnt/C/one");
+  bool pressed = false, countingAtPress = false;
+  {
+    vt::TimerCall closer(5, [&] {
+      Properties_dialog* d = OpenPropertiesDialog();
+      if (pressed || d == nullptr || d->m_folderCount < 1) return;
+      pressed = true;
+      countingAtPress = d->IsCounting();
+      wxCommandEvent close(wxEVT_BUTTON, 204);
+      d->GetEventHandler()->ProcessEvent(close);
+    });
+    ChooseMenuEntry(tree, 403);
+    ASSERT_TRUE(vt::PumpUntil([&] { return pressed; }));
+    vt::Pump(100);
+  }
+  EXPECT_TRUE(countingAtPress) << "Close came while the count ran";
+  EXPECT_EQ(OpenPropertiesDialog(), nullptr) << "no hidden dialog stays behind";
+  EXPECT_EQ(frame->GetPropertiesDialog(), nullptr);
+  EXPECT_TRUE(frame->IsEnabled());
 }
