@@ -4,7 +4,7 @@
 
 class ColumnSortState {
  public:
-  static const int kColumns = 4;
+  static constexpr int kColumns = 4;
 
   ColumnSortState() { Reset(); }
 

@@ -54,6 +54,7 @@ struct FolderWalkOptions {
   bool oneDevice = false;
 };
 
+// Valid only during the visit call that receives it.
 struct FolderWalkEntry {
   int event = kWalkEnter;
   const char* path = nullptr;  // root + "/" + ... + name
@@ -71,7 +72,8 @@ struct FolderWalkEntry {
 using FolderWalkVisit = std::function<int(const FolderWalkEntry& entry)>;
 
 // Describes one path as the walk would report it (kind, size, links
-// followed or not); depth 0. Returns 0, or -1 with errno.
+// followed or not); depth 0; out->path and out->name point into path.
+// Returns 0, or -1 with errno.
 int DescribePath(const char* path, const FolderWalkOptions& options, FolderWalkEntry* out,
                  struct stat64* info);
 

@@ -321,7 +321,8 @@ TEST(FolderWalker, RootThatIsAFileMissingOrUnreadable) {
 
   FolderWalkEntry e;
   struct stat64 info;
-  ASSERT_EQ(DescribePath(t.Path("file").c_str(), FolderWalkOptions(), &e, &info), 0);
+  const std::string file = t.Path("file");  // e.path and e.name point into it
+  ASSERT_EQ(DescribePath(file.c_str(), FolderWalkOptions(), &e, &info), 0);
   EXPECT_EQ(e.kind, kWalkFile);
   EXPECT_EQ(e.size, 9u);
   EXPECT_STREQ(e.name, "file");
