@@ -73,7 +73,7 @@ cmd_test() {
   configure_build build-asan -DVANTORI_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug
   cmake --build build-asan -j "$JOBS" --target unit_tests disk_tests gui_tests
   # LeakSanitizer is on; tests/lsan-toolkit.supp names the toolkit's own
-  # start-up allocations (GTK, GLib, fontconfig, wx internals), nothing of ours.
+  # start-up allocations (fontconfig, D-Bus, GLib), nothing of ours.
   local sanitize="abort_on_error=1:detect_leaks=1"
   local lsan="suppressions=$ROOT/tests/lsan-toolkit.supp:print_suppressions=0"
   (cd build-asan && ASAN_OPTIONS=$sanitize LSAN_OPTIONS=$lsan UBSAN_OPTIONS=print_stacktrace=1 \
