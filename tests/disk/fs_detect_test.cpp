@@ -54,6 +54,15 @@ class Recognition : public ::testing::Test {
     Sector(0, vt::FatBootSector(p));
   }
   uint64_t RootStart(uint32_t fatSize = 12) { return 1 + 2 * fatSize; }
+  // 512 bytes of directory: 16 file entries, no label among them.
+  static std::vector<uint8_t> FileEntries() {
+    std::vector<uint8_t> full;
+    for (int i = 0; i < 16; ++i) {
+      std::vector<uint8_t> e = DirEntry("FILE    BIN", 0x20);
+      full.insert(full.end(), e.begin(), e.end());
+    }
+    return full;
+  }
 
   dt::TempDir dir_;
   vt::FakeDevices fake_;
@@ -90,11 +99,7 @@ TEST_F(Recognition, Fat16RootWithoutLabelLeavesEmpty12ByteLabel) {
 
 TEST_F(Recognition, LabelFoundInLaterRootSectorWithTrailingBlanks) {
   FatVolume(20000, 20, 4);
-  std::vector<uint8_t> full;
-  for (int i = 0; i < 16; ++i) {
-    std::vector<uint8_t> e = DirEntry("FILE    BIN", 0x20);
-    full.insert(full.end(), e.begin(), e.end());
-  }
+  const std::vector<uint8_t> full = FileEntries();
   Sector(RootStart(20), full);
   Sector(RootStart(20) + 1, DirEntry("SYSTEM ", 0x08));
   Detect();
@@ -220,11 +225,7 @@ TEST_F(Recognition, LabelEntriesAreLookedForInTheFirst512BytesOfEachSector) {
   p.totalSectors = 20000;
   vt::WriteAt(image_, kBase, vt::FatBootSector(p));
   const uint64_t root = (1 + 2 * 20) * 1024ull;  // 16 root sectors of 1024 bytes
-  std::vector<uint8_t> files;
-  for (int i = 0; i < 16; ++i) {
-    std::vector<uint8_t> e = DirEntry("FILE    BIN", 0x20);
-    files.insert(files.end(), e.begin(), e.end());
-  }
+  const std::vector<uint8_t> files = FileEntries();
   vt::WriteAt(image_, kBase + root, files);
   vt::WriteAt(image_, kBase + root + 512, DirEntry("HIDDEN", 0x08));
   const FileSystemInformation& fs = Detect(1024);
@@ -260,17 +261,21 @@ class Fat32 : public Recognition {
   // cluster c is at sector 160 + (c - 2).
   void SetUp() override {
     Recognition::SetUp();
+    Fat32Volume(64, 1, 16000);
+    Link(0, 0x0FFFFFF8);
+    Link(1, 0x0FFFFFFF);
+  }
+  // A FAT32 boot sector: 32 reserved, 2 FATs of fatSize32, root at cluster 2.
+  void Fat32Volume(uint32_t fatSize32, uint8_t spc, uint32_t total) {
     FatParams p;
     p.reserved = 32;
     p.fatSize = 0;
-    p.fatSize32 = 64;
-    p.sectorsPerCluster = 1;
+    p.fatSize32 = fatSize32;
+    p.sectorsPerCluster = spc;
     p.rootEntries = 0;
-    p.totalSectors = 16000;
+    p.totalSectors = total;
     p.rootCluster = 2;
     Sector(0, vt::FatBootSector(p));
-    Link(0, 0x0FFFFFF8);
-    Link(1, 0x0FFFFFFF);
   }
   void Link(uint32_t cluster, uint32_t next) {
     std::vector<uint8_t> v(4);
@@ -278,14 +283,7 @@ class Fat32 : public Recognition {
     vt::WriteAt(image_, kBase + 32 * 512 + cluster * 4, v);
   }
   uint64_t ClusterSector(uint32_t c) { return 160 + (c - 2); }
-  void FillCluster(uint32_t c) {
-    std::vector<uint8_t> full;
-    for (int i = 0; i < 16; ++i) {
-      std::vector<uint8_t> e = DirEntry("FILE    BIN", 0x20);
-      full.insert(full.end(), e.begin(), e.end());
-    }
-    Sector(ClusterSector(c), full);
-  }
+  void FillCluster(uint32_t c) { Sector(ClusterSector(c), FileEntries()); }
 };
 
 TEST_F(Fat32, LabelFoundAlongTheRootChain) {
@@ -315,22 +313,10 @@ TEST_F(Fat32, ChainLoopingOnItselfEnds) {
 // alone would allow millions of reads: a directory chain ends after 2 MiB
 // of directory (65536 entries) all the same.
 TEST_F(Fat32, LoopUnderAHugeFatEndsAfterTwoMebibytesOfDirectory) {
-  FatParams p;
-  p.reserved = 32;
-  p.fatSize = 0;
-  p.fatSize32 = 70000;  // bound 1,120,000 clusters
-  p.sectorsPerCluster = 1;
-  p.rootEntries = 0;
-  p.totalSectors = 150000;
-  p.rootCluster = 2;
-  Sector(0, vt::FatBootSector(p));
+  Fat32Volume(70000, 1, 150000);  // bound 1,120,000 clusters
   vt::MakeSparseFile(image_, kBase + (80ull << 20));
   fake_.SetPartitionRange("/dev/hda", 1, kBase, 80ull << 20);
-  std::vector<uint8_t> full;
-  for (int i = 0; i < 16; ++i) {
-    std::vector<uint8_t> e = DirEntry("FILE    BIN", 0x20);
-    full.insert(full.end(), e.begin(), e.end());
-  }
+  const std::vector<uint8_t> full = FileEntries();
   Sector(32 + 2 * 70000, full);  // cluster 2, full of file entries
   Link(2, 2);
   fake_.ClearCalls();
@@ -382,20 +368,8 @@ TEST_F(Fat32, NextClusterIsUsedUnmasked) {
 TEST_F(Fat32, EverySectorOfAClusterIsScanned) {
   // 4 sectors per cluster: cluster c at 160 + 4 (c - 2); the label in the
   // third sector of cluster 3.
-  FatParams p;
-  p.reserved = 32;
-  p.fatSize = 0;
-  p.fatSize32 = 64;
-  p.sectorsPerCluster = 4;
-  p.rootEntries = 0;
-  p.totalSectors = 16000;
-  p.rootCluster = 2;
-  Sector(0, vt::FatBootSector(p));
-  std::vector<uint8_t> full;
-  for (int i = 0; i < 16; ++i) {
-    std::vector<uint8_t> e = DirEntry("FILE    BIN", 0x20);
-    full.insert(full.end(), e.begin(), e.end());
-  }
+  Fat32Volume(64, 4, 16000);
+  const std::vector<uint8_t> full = FileEntries();
   for (int j = 0; j < 4; ++j) Sector(160 + j, full);
   Sector(164, full);
   Sector(165, full);
@@ -413,21 +387,9 @@ TEST_F(Fat32, ChainIntoTheSecondFatWindow) {
   // 20000 - 16384 of the window of 128 sectors read at reserved + 128.
   vt::MakeSparseFile(image_, kBase + (32ull << 20));
   fake_.SetPartitionRange("/dev/hda", 1, kBase, 32ull << 20);
-  FatParams p;
-  p.reserved = 32;
-  p.fatSize = 0;
-  p.fatSize32 = 2048;
-  p.sectorsPerCluster = 1;
-  p.rootEntries = 0;
-  p.totalSectors = 60000;
-  p.rootCluster = 2;
-  Sector(0, vt::FatBootSector(p));
+  Fat32Volume(2048, 1, 60000);
   const uint64_t data = 32 + 2 * 2048;
-  std::vector<uint8_t> full;
-  for (int i = 0; i < 16; ++i) {
-    std::vector<uint8_t> e = DirEntry("FILE    BIN", 0x20);
-    full.insert(full.end(), e.begin(), e.end());
-  }
+  const std::vector<uint8_t> full = FileEntries();
   Sector(data, full);                  // cluster 2
   Sector(data + 19998, full);          // cluster 20000
   Sector(data + 29998, DirEntry("FAR AWAY", 0x08));  // cluster 30000
