@@ -50,25 +50,20 @@ TEST(SettingsParse, TabColumnPicksTheColumn) {
 }
 
 TEST(SettingsParse, NumberPairSplitsAtTheBar) {
-  int a = -1, b = -1;
-  NumberPair(wxT("16|0"), a, b);
-  EXPECT_EQ(a, 16);
-  EXPECT_EQ(b, 0);
-  NumberPair(wxT("24|32"), a, b);
-  EXPECT_EQ(a, 24);
-  EXPECT_EQ(b, 32);
-  NumberPair(wxT("16"), a, b);
-  EXPECT_EQ(a, 16);
-  EXPECT_EQ(b, 0);
-  NumberPair(wxT(""), a, b);
-  EXPECT_EQ(a, 0);
-  EXPECT_EQ(b, 0);
-  NumberPair(wxT("|9"), a, b);
-  EXPECT_EQ(a, 0);
-  EXPECT_EQ(b, 9);
-  NumberPair(wxT("1|2|3"), a, b);
-  EXPECT_EQ(a, 1);
-  EXPECT_EQ(b, 2);
+  struct Case {
+    const wchar_t* text;
+    int a, b;
+  };
+  const Case cases[] = {
+      {L"16|0", 16, 0}, {L"24|32", 24, 32}, {L"16", 16, 0},
+      {L"", 0, 0},      {L"|9", 0, 9},      {L"1|2|3", 1, 2},
+  };
+  for (const Case& c : cases) {
+    int a = -1, b = -1;  // both are written, whatever the text
+    NumberPair(c.text, a, b);
+    EXPECT_EQ(a, c.a) << c.text;
+    EXPECT_EQ(b, c.b) << c.text;
+  }
 }
 
 static wxArrayInt List(const wchar_t* text) {
