@@ -141,6 +141,15 @@ bool FakeDevices::PrivateMntActive() {
   return active;
 }
 
+// The host:channel:id:lun address a disk and its sg node share.
+template <class T>
+static void SetScsiAddress(T* t, int host, int channel, int id, int lun) {
+  t->host = host;
+  t->channel = channel;
+  t->id = id;
+  t->lun = lun;
+}
+
 FakeDisk& FakeDevices::AddIdeDisk(const std::string& node, const std::string& image,
                                   const std::string& model, bool removable) {
   FakeDisk* d = new FakeDisk;
@@ -164,10 +173,7 @@ FakeDisk& FakeDevices::AddScsiDisk(const std::string& node, const std::string& i
   d->node = node;
   d->image = image;
   d->scsi = true;
-  d->host = host;
-  d->channel = channel;
-  d->id = id;
-  d->lun = lun;
+  SetScsiAddress(d, host, channel, id, lun);
   disks_.push_back(d);
   if (sgNumber >= 0) AddSg(sgNumber, host, channel, id, lun, vendor, product, pciName, removableMedium);
   RescanPartitions(node);
@@ -180,10 +186,7 @@ FakeDisk& FakeDevices::AddOpticalDrive(const std::string& node, int sgNumber, in
   d->node = node;
   d->optical = true;
   d->scsi = StartsWith(node, "/dev/sd") || StartsWith(node, "/dev/sr");
-  d->host = host;
-  d->channel = channel;
-  d->id = id;
-  d->lun = lun;
+  SetScsiAddress(d, host, channel, id, lun);
   d->byteSize = 0;
   disks_.push_back(d);
   if (sgNumber >= 0) {
@@ -198,10 +201,7 @@ FakeSg& FakeDevices::AddSg(int number, int host, int channel, int id, int lun,
                            const std::string& pciName, bool removableMedium) {
   FakeSg* s = new FakeSg;
   s->number = number;
-  s->host = host;
-  s->channel = channel;
-  s->id = id;
-  s->lun = lun;
+  SetScsiAddress(s, host, channel, id, lun);
   s->pciName = pciName;
   FillInquiry(s->inquiry, vendor, product, removableMedium, 0);
   sgs_.push_back(s);
