@@ -22,6 +22,13 @@ namespace {
 using vt::BootRecord;
 using vt::MbrEntry;
 
+// Heads, sectors per track and cylinders as one text, so that a record's
+// geometry is compared in one expectation.
+std::string Chs(unsigned long heads, unsigned long sectors, unsigned long cylinders) {
+  return std::to_string(heads) + "/" + std::to_string(sectors) + "/" + std::to_string(cylinders);
+}
+std::string Chs(const HardDiskInformation& d) { return Chs(d.Heads, d.SectorsPerTrack, d.Cylinders); }
+
 // A sparse disk image with the given primary entries.
 std::string DiskImage(const dt::TempDir& dir, const std::string& name, uint64_t sectors,
                       const std::vector<MbrEntry>& entries) {
@@ -120,9 +127,7 @@ TEST(DiskListFun, IdeDiskIdentityGeometryAndPartitions) {
   EXPECT_EQ(d.Flags, DISK_FLAG_DMA | DISK_FLAG_LBA);
   EXPECT_EQ(d.BytesPerSector, 512);
   EXPECT_EQ(d.TotalSectors, 8u * 2048);
-  EXPECT_EQ(d.Heads, 255);  // end head 254 + 1, from the table
-  EXPECT_EQ(d.SectorsPerTrack, 63);
-  EXPECT_EQ(d.Cylinders, 8u * 2048 / (255 * 63));
+  EXPECT_EQ(Chs(d), Chs(255, 63, 8u * 2048 / (255 * 63)));  // end head 254 + 1, from the table
   ASSERT_EQ(d.PartitionCount, 2);
   EXPECT_EQ(d.Partitions[0].PartitionNumber, 1);
   EXPECT_EQ(d.Partitions[0].StartSector, 2048u);
@@ -281,15 +286,11 @@ TEST_F(Geometry, TableAgreementGivesGeometryFromTable) {
   int fd = Open(DiskImage(dir_, "g.img", 100000, {a, b}), 99, 9);
   HardDiskInformation disk = {};
   EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 0), 0);
-  EXPECT_EQ(disk.Heads, 16);
-  EXPECT_EQ(disk.SectorsPerTrack, 32);
+  EXPECT_EQ(Chs(disk), Chs(16, 32, 100000u / (16 * 32)));
   EXPECT_EQ(disk.TotalSectors, 100000u);
-  EXPECT_EQ(disk.Cylinders, 100000u / (16 * 32));
   EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 2), 0);
   EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 1), 0);  // from the driver
-  EXPECT_EQ(disk.Heads, 99);
-  EXPECT_EQ(disk.SectorsPerTrack, 9);
-  EXPECT_EQ(disk.Cylinders, 100000u / (99 * 9));  // the driver's cylinders are not used
+  EXPECT_EQ(Chs(disk), Chs(99, 9, 100000u / (99 * 9)));  // the driver's cylinders are not used
   EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 3), -1);
   g_DeviceSeam.Close(fd);
 }
@@ -302,29 +303,21 @@ TEST_F(Geometry, DisagreeingEntriesFallBackToDriver) {
   // The failed walk leaves entry 0's end head and end sector in the record
   // (not yet plus one), and no cylinders.
   EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 2), -1);
-  EXPECT_EQ(disk.Heads, 254);
-  EXPECT_EQ(disk.SectorsPerTrack, 63);
-  EXPECT_EQ(disk.Cylinders, 0u);
+  EXPECT_EQ(Chs(disk), Chs(254, 63, 0u));
   EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 0), 0);
-  EXPECT_EQ(disk.Heads, 16);
-  EXPECT_EQ(disk.SectorsPerTrack, 32);
-  EXPECT_EQ(disk.Cylinders, 50000u / (16 * 32));
+  EXPECT_EQ(Chs(disk), Chs(16, 32, 50000u / (16 * 32)));
   fake_->Disk("/dev/hda")->failGeometry = true;
   HardDiskInformation other = {};
   EXPECT_EQ(GetDiskCHSParameter(fd, &other, 0), -1);
   // Both attempts failed: what the table walk wrote stays.
-  EXPECT_EQ(other.Heads, 254);
-  EXPECT_EQ(other.SectorsPerTrack, 63);
-  EXPECT_EQ(other.Cylinders, 0u);
+  EXPECT_EQ(Chs(other), Chs(254, 63, 0u));
   EXPECT_EQ(other.BytesPerSector, 512);  // sector size and total were still taken
   EXPECT_EQ(other.TotalSectors, 50000u);
   // A fresh record that nothing was written to keeps its zeros.
   vt::WriteAt(dir_ / "g.img", 510, {0, 0});
   HardDiskInformation fresh = {};
   EXPECT_EQ(GetDiskCHSParameter(fd, &fresh, 0), -1);
-  EXPECT_EQ(fresh.Heads, 0);
-  EXPECT_EQ(fresh.SectorsPerTrack, 0);
-  EXPECT_EQ(fresh.Cylinders, 0u);
+  EXPECT_EQ(Chs(fresh), Chs(0, 0, 0u));
   g_DeviceSeam.Close(fd);
 }
 
@@ -356,9 +349,7 @@ TEST_F(Geometry, DriverWithZeroHeadsIsFailure) {
   HardDiskInformation disk = {};
   EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 1), -1);
   // The driver's answer stays in the record; no cylinders are computed.
-  EXPECT_EQ(disk.Heads, 0);
-  EXPECT_EQ(disk.SectorsPerTrack, 63);
-  EXPECT_EQ(disk.Cylinders, 0u);
+  EXPECT_EQ(Chs(disk), Chs(0, 63, 0u));
   EXPECT_EQ(GetDiskCHSParameter(fd, &disk, 0), -1);  // empty table, no driver answer
   fake_->Disk("/dev/hda")->geoHeads = 16;
   fake_->Disk("/dev/hda")->geoSectors = 0;
