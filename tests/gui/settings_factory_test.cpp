@@ -21,32 +21,18 @@
 #include "unit/settings_test_env.h"
 #include "widgets/CCtrlGenerate.h"
 #include "widgets/keln_BitmapButton.h"
+#include "block_image.h"
 
 using settings::CCtrlConfig;
+using vt::IsBlock;
 
 namespace {
-
-const unsigned char kBlocks[4][3] = {{250, 10, 10}, {10, 200, 10}, {10, 10, 240}, {200, 200, 0}};
-
-bool IsBlock(const wxBitmap& bmp, int b) {
-  if (!bmp.IsOk()) return false;
-  const wxImage img = bmp.ConvertToImage();
-  for (int y = 0; y < img.GetHeight(); ++y)
-    for (int x = 0; x < img.GetWidth(); ++x)
-      if (img.GetRed(x, y) != kBlocks[b][0] || img.GetGreen(x, y) != kBlocks[b][1] ||
-          img.GetBlue(x, y) != kBlocks[b][2])
-        return false;
-  return true;
-}
 
 class FactoryTest : public ::testing::Test {
  protected:
   void SetUp() override {
     png = vt::ExeDir() + "factory_test_blocks.png";
-    wxImage img(64, 16);
-    for (int b = 0; b < 4; ++b)
-      img.SetRGB(wxRect(16 * b, 0, 16, 16), kBlocks[b][0], kBlocks[b][1], kBlocks[b][2]);
-    ASSERT_TRUE(img.SaveFile(wxString::FromUTF8(png.c_str()), wxBITMAP_TYPE_PNG));
+    ASSERT_TRUE(vt::WriteBlocksPng(png));
 
     env.SetLanguage(1);
     vt::WriteSettingFile("text.txt", vt::Table({"Open\tOuvrir", "Close\tFermer",

@@ -13,36 +13,16 @@
 #include "settings/CImageRes.h"
 #include "settings/CResCenter.h"
 #include "unit/settings_test_env.h"
+#include "block_image.h"
 
 using settings::CImageRes;
 using settings::CResCenter;
+using vt::IsBlock;
+using vt::WriteBlocksPng;
 
 namespace {
 
-// nav.png: 64 x 16, four 16 x 16 blocks of these colours, left to right.
-const unsigned char kBlocks[4][3] = {{250, 10, 10}, {10, 200, 10}, {10, 10, 240}, {200, 200, 0}};
-
 std::string ResDir() { return vt::ExeDir() + "settings_test_res/"; }
-
-void WriteNavPng(const std::string& path) {
-  wxImage img(64, 16);
-  for (int b = 0; b < 4; ++b)
-    img.SetRGB(wxRect(16 * b, 0, 16, 16), kBlocks[b][0], kBlocks[b][1], kBlocks[b][2]);
-  vt::WriteFile(path, "");  // creates the directories
-  ASSERT_TRUE(img.SaveFile(wxString::FromUTF8(path.c_str()), wxBITMAP_TYPE_PNG));
-}
-
-// True when every pixel of bmp has the colour of block b.
-bool IsBlock(const wxBitmap& bmp, int b) {
-  if (!bmp.IsOk()) return false;
-  const wxImage img = bmp.ConvertToImage();
-  for (int y = 0; y < img.GetHeight(); ++y)
-    for (int x = 0; x < img.GetWidth(); ++x)
-      if (img.GetRed(x, y) != kBlocks[b][0] || img.GetGreen(x, y) != kBlocks[b][1] ||
-          img.GetBlue(x, y) != kBlocks[b][2])
-        return false;
-  return true;
-}
 
 std::string GetBitmapRegex() {
   return vt::AssertionRegex("src/CImageRes", 71,
@@ -52,7 +32,7 @@ std::string GetBitmapRegex() {
 
 class ImageResTest : public ::testing::Test {
  protected:
-  void SetUp() override { WriteNavPng(ResDir() + "nav.png"); }
+  void SetUp() override { ASSERT_TRUE(WriteBlocksPng(ResDir() + "nav.png")); }
   void TearDown() override {
     std::remove((ResDir() + "nav.png").c_str());
     std::remove((ResDir() + "garbage.png").c_str());
@@ -178,7 +158,7 @@ TEST_F(ImageResTest, ImageLoadGluesTheNameToTheDirectory) {
   std::string dir = vt::ExeDir();
   dir.pop_back();
   const std::string glued = dir + "glued_nav.png";
-  WriteNavPng(glued);
+  ASSERT_TRUE(WriteBlocksPng(glued));
   vt::WriteSettingFile("resource.txt", "h\n");
   CImageRes res;
   wxBitmap bmp;
