@@ -13,6 +13,7 @@
 #include "common/fake_fileops.h"
 #include "common/gui_testing.h"
 #include "timer_call.h"
+#include "frame_on_volumes_env.h"
 #include "main_window_env.h"
 #include "browser/L_listctrl.h"
 #include "destination/Des_PathInfo.h"
@@ -24,13 +25,9 @@ using vt::TestVolumes;
 
 namespace {
 
-class BrowserFrameTest : public ::testing::Test {
+class BrowserFrameTest : public vt::FrameOnTestVolumes {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(vt::InPrivateMnt()) << "run inside tests/run-in-mntns.sh";
-    vt::InstallShippedSettings();
-    volumes.reset(new TestVolumes);
-    ASSERT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 3);
+  void MakeFiles() override {
     mkdir("/mnt/C/docs", 0755);
     mkdir("/mnt/C/docs/sub", 0755);
     mkdir("/mnt/C/docs/sub/deeper", 0755);
@@ -38,16 +35,12 @@ class BrowserFrameTest : public ::testing::Test {
     vt::WriteFile("/mnt/C/docs/sub/b.bin", std::string(572864, 'b'));
     vt::WriteFile("/mnt/C/docs/sub/deeper/c.bin", std::string(1000000, 'c'));
     vt::WriteFile("/mnt/C/top.txt", std::string(24, 't'));
-    frame = vt::ShowMainFrame(top);
+  }
+  void SetUp() override {
+    FrameOnTestVolumes::SetUp();
+    if (HasFatalFailure()) return;
     list = frame->GetListCtrl();
     tree = frame->GetTreeCtrl();
-  }
-  void TearDown() override {
-    for (wxWindow* w : wxTopLevelWindows)
-      if (dynamic_cast<Properties_dialog*>(w)) w->Destroy();
-    if (top) top->Destroy();
-    vt::Pump(50);
-    volumes.reset();
   }
 
   void Post(int code) {
@@ -78,9 +71,6 @@ class BrowserFrameTest : public ::testing::Test {
     list->GetListCtrl()->SetItemState(Row(name), wxLIST_STATE_SELECTED, wxLIST_STATE_SELECTED);
   }
 
-  std::unique_ptr<TestVolumes> volumes;
-  wxFrame* top = nullptr;
-  my_frame* frame = nullptr;
   my_listctrl* list = nullptr;
   my_DirTreeCtrl* tree = nullptr;
 };

@@ -2,6 +2,7 @@
 // folder walk writes into it, how the walk stops) and reached from the
 // context menus of the main frame's own tree and list.
 #include "main_window_env.h"
+#include "frame_on_volumes_env.h"
 #include "browser_env.h"
 
 #include <wx/button.h>
@@ -200,25 +201,14 @@ TEST_F(PropertiesDialogTest, CloseButtonClickedWithTheMouseDestroysTheDialog) {
 
 namespace {
 
-class PropertiesFromMenusTest : public ::testing::Test {
+class PropertiesFromMenusTest : public vt::FrameOnTestVolumes {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(vt::InPrivateMnt()) << "run inside tests/run-in-mntns.sh";
-    vt::InstallShippedSettings();
-    volumes.reset(new TestVolumes);
-    ASSERT_EQ(g_AllDiskPartitionInf.GetCurrentParttionNum(), 3);
+  void MakeFiles() override {
     mkdir("/mnt/C/pics", 0755);
     mkdir("/mnt/C/pics/2020", 0755);
     vt::WriteFile("/mnt/C/pics/a.jpg", std::string(3000, 'a'));
     vt::WriteFile("/mnt/C/pics/2020/b.jpg", std::string(2000, 'b'));
     vt::WriteFile("/mnt/C/notes.txt", std::string(700, 'n'));
-    frame = vt::ShowMainFrame(top);
-  }
-  void TearDown() override {
-    DestroyPropertiesDialogs();
-    if (top) top->Destroy();
-    vt::Pump(50);
-    volumes.reset();
   }
   // Chooses a context-menu entry of a control, as the pop-up menu does.
   static void ChooseMenuEntry(wxWindow* control, int id) {
@@ -226,10 +216,6 @@ class PropertiesFromMenusTest : public ::testing::Test {
     ev.SetEventObject(control);
     control->GetEventHandler()->ProcessEvent(ev);
   }
-
-  std::unique_ptr<TestVolumes> volumes;
-  wxFrame* top = nullptr;
-  my_frame* frame = nullptr;
 };
 
 }  // namespace
