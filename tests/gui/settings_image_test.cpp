@@ -140,13 +140,8 @@ TEST_F(ImageResTest, EncodingsAndLineEnds) {
     ASSERT_EQ(res.GetCount(), 1);
     EXPECT_TRUE(IsBlock(res.GetBitmap(0), 1));
   }
-  std::u16string text = u"h\nx\t/settings_test_res/nav.png\t32|0\t16|16\n";
-  std::string bytes("\xFF\xFE", 2);
-  for (char16_t c : text) {
-    bytes += static_cast<char>(c & 0xFF);
-    bytes += static_cast<char>(c >> 8);
-  }
-  vt::WriteSettingFile("resource.txt", bytes);
+  vt::WriteSettingFile("resource.txt",
+                       vt::Utf16LeWithBom(u"h\nx\t/settings_test_res/nav.png\t32|0\t16|16\n"));
   CImageRes res;
   ASSERT_EQ(res.GetCount(), 1);
   EXPECT_TRUE(IsBlock(res.GetBitmap(0), 2));

@@ -113,13 +113,7 @@ TEST_F(CtrlConfigTest, Utf8BomUtf16AndCrLf) {
     EXPECT_TRUE(cfg->GetRes(1).IsEmpty());
   }
   CCtrlConfig::UnInstance();
-  std::u16string text = u"h\nx\ta\t1|2\t3|4\t1\t2|3\n";
-  std::string bytes("\xFF\xFE", 2);
-  for (char16_t c : text) {
-    bytes += static_cast<char>(c & 0xFF);
-    bytes += static_cast<char>(c >> 8);
-  }
-  vt::WriteSettingFile("controls.txt", bytes);
+  vt::WriteSettingFile("controls.txt", vt::Utf16LeWithBom(u"h\nx\ta\t1|2\t3|4\t1\t2|3\n"));
   CCtrlConfig* cfg = CCtrlConfig::Instance();
   ASSERT_EQ(cfg->GetCount(), 1);
   EXPECT_EQ(cfg->GetRect(0), wxRect(1, 2, 3, 4));

@@ -48,4 +48,14 @@ inline std::string Table(std::initializer_list<std::string> lines,
   return out;
 }
 
+// text as UTF-16 little-endian bytes behind the byte order mark FF FE.
+inline std::string Utf16LeWithBom(const std::u16string& text) {
+  std::string out("\xFF\xFE", 2);
+  for (char16_t c : text) {
+    out += static_cast<char>(c & 0xFF);
+    out += static_cast<char>((c >> 8) & 0xFF);
+  }
+  return out;
+}
+
 }  // namespace vt

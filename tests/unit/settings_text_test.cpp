@@ -13,20 +13,12 @@
 
 using settings::CResCenter;
 using settings::CTextRes;
+using vt::Utf16LeWithBom;
 
 namespace {
 
 const char kOpenLine[] = "Open\tOuvrir\t\xC3\x96" "ffnen";  // Öffnen in UTF-8
 const wchar_t kOeffnen[] = L"\u00D6ffnen";
-
-std::string Utf16LeWithBom(const std::u16string& text) {
-  std::string out("\xFF\xFE", 2);
-  for (char16_t c : text) {
-    out += static_cast<char>(c & 0xFF);
-    out += static_cast<char>((c >> 8) & 0xFF);
-  }
-  return out;
-}
 
 std::string TextGetTextRegex() {
   return vt::AssertionRegex("src/CTextRes", 73, "const wxString& settings::CTextRes::GetText(int)",
