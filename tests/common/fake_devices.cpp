@@ -305,6 +305,19 @@ FakeDevices::Handle* FakeDevices::Find(int fd) {
   return it == handles_.end() ? nullptr : &it->second;
 }
 
+FakeDevices::Handle* FakeDevices::FindWithImage(int fd) {
+  Handle* h = Find(fd);
+  if (h == nullptr) {
+    errno = EBADF;
+    return nullptr;
+  }
+  if (h->realFd < 0) {
+    errno = EIO;
+    return nullptr;
+  }
+  return h;
+}
+
 // ---------------------------------------------------------------- the calls
 
 int FakeDevices::Open(const char* path, int flags) {
@@ -390,15 +403,8 @@ long long FakeDevices::Lseek(int fd, long long offset, int whence) {
 }
 
 long FakeDevices::Read(int fd, void* buffer, size_t count) {
-  Handle* h = Find(fd);
-  if (h == nullptr) {
-    errno = EBADF;
-    return -1;
-  }
-  if (h->realFd < 0) {
-    errno = EIO;
-    return -1;
-  }
+  Handle* h = FindWithImage(fd);
+  if (h == nullptr) return -1;
   if (h->pos >= h->length) return 0;
   uint64_t n = h->length - h->pos;
   if (n > count) n = count;
@@ -411,15 +417,8 @@ long FakeDevices::Read(int fd, void* buffer, size_t count) {
 }
 
 long FakeDevices::Write(int fd, const void* buffer, size_t count) {
-  Handle* h = Find(fd);
-  if (h == nullptr) {
-    errno = EBADF;
-    return -1;
-  }
-  if (h->realFd < 0) {
-    errno = EIO;
-    return -1;
-  }
+  Handle* h = FindWithImage(fd);
+  if (h == nullptr) return -1;
   if (h->pos >= h->length) {
     errno = ENOSPC;
     return -1;

@@ -171,6 +171,9 @@ class FakeDevices {
   int MountAt(const std::string& source, const std::string& target);
   bool NodeExists(const std::string& path) const;
   Handle* Find(int fd);
+  // The handle of fd when it reads and writes an image; nullptr with errno
+  // EBADF (not open) or EIO (a node without an image) otherwise.
+  Handle* FindWithImage(int fd);
 
   std::vector<FakeDisk*> disks_;
   std::vector<FakeSg*> sgs_;
