@@ -4,6 +4,7 @@
 #include <wx/intl.h>
 #include <wx/statbox.h>
 
+#include "common/FixedPosition.h"
 #include "display/Conversion.h"
 
 namespace {
@@ -60,14 +61,7 @@ Properties_dialog::Properties_dialog(wxWindow* parent, int id, const wxString& t
 }
 
 bool Properties_dialog::Show(bool show) {
-  const bool changed = wxDialog::Show(show);
-  if (show && changed && m_fixedPosition != wxDefaultPosition) {
-    // The window still believes it stands at the place it was created with,
-    // so a plain move to that place would be skipped: step aside first.
-    Move(m_fixedPosition + wxPoint(1, 0));
-    Move(m_fixedPosition);
-  }
-  return changed;
+  return common::ShowAtFixedPosition(this, show, m_fixedPosition);
 }
 
 void Properties_dialog::SetLocation(const wxString& displayPath) {

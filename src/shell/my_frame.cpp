@@ -20,6 +20,7 @@
 #include "common/ResourcePaths.h"
 #include "copy/CopyStart.h"
 #include "destination/Des_PathInfo.h"
+#include "destination/Des_Panel.h"
 #include "dialogs/CBusyMsgBox.h"
 #include "dialogs/PropertiesCounter.h"
 #include "dialogs/Properties_dialog.h"
@@ -243,6 +244,24 @@ void my_frame::OnButtonCopy(wxCommandEvent& /*event*/) {
     g_Des_PathInfo.m_sourcePath = tree->GetPath();
   else if (list->GetIsLastFocus_listctrl())
     g_Des_PathInfo.m_sourcePath = list->GetCurrentListctrlPath();
+
+  // The destination: the panel leaves its closing button in m_result and
+  // destroys itself; it is deleted only once this handler has returned.
+  Des_Panel* panel = new Des_Panel(this, -1, wxGetTranslation("Destination"), wxPoint(252, 151),
+                                   wxSize(500, 400), wxDEFAULT_DIALOG_STYLE);
+  m_desPanel = panel;
+  panel->SetBackgroundColour(wxColour(248, 248, 248));
+  panel->ShowModal();
+  if (g_Des_PathInfo.m_result != DES_RESULT_OK) return;
+  const wxString target = m_desPanel ? m_desPanel->GetDestinationPath() : wxString();
+  if (target.empty()) {
+    // No volume was there to choose: nothing can be copied.
+    wxMessageBox(wxGetTranslation("There is no destination drive to copy to."),
+                 wxGetTranslation("Destination"), wxOK | wxICON_EXCLAMATION, this);
+    return;
+  }
+  m_targetPath = target;
+  g_Des_PathInfo.m_destPath = target + "/";
 }
 
 void my_frame::OnRefresh(wxCommandEvent& /*event*/) {

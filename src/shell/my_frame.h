@@ -13,6 +13,7 @@
 #include <wx/weakref.h>
 
 #include "dialogs/Properties_dialog.h"
+#include "destination/Des_Panel.h"
 
 class my_listctrl;
 class my_DirTreeCtrl;
@@ -88,6 +89,8 @@ class my_frame : public wxPanel {
   HelpDia* GetHelpDia() const { return m_helpDia; }
   // The open properties dialog, or null (also once it has been destroyed).
   Properties_dialog* GetPropertiesDialog() const { return m_propertiesDialog.get(); }
+  // The destination panel of the running copy command; null once it is gone.
+  Des_Panel* GetDesPanel() const { return m_desPanel.get(); }
   wxWindow* GetMenuAnchor() const { return m_menuAnchor; }
 
  private:
@@ -102,6 +105,7 @@ class my_frame : public wxPanel {
   wxButton* m_copyButton;
   wxButton* m_exitButton;
   wxWeakRef<Properties_dialog> m_propertiesDialog;
+  wxWeakRef<Des_Panel> m_desPanel;
   wxWindow* m_menuAnchor;
   wxTextCtrl* m_pathText;
   wxString m_targetPath;
