@@ -7,6 +7,7 @@
 #pragma once
 
 #include "browser_env.h"
+#include "destination_env.h"
 
 namespace vt {
 
@@ -20,6 +21,18 @@ struct SourceListKind {
   static std::unique_ptr<Window> MakeWindow() { return std::unique_ptr<Window>(new Window); }
   // Opens C: from the drive list by double-click.
   static void OpenVolumeC(Window& win) { win.Activate(0); }
+};
+
+// The destination list: no ".." row at a volume's top; a click on the Type
+// header moves the arrow (nothing is reordered).
+struct DestListKind {
+  using Window = DestListWindow;
+  static const bool kDotRowAtVolumeTop = false;
+  static const bool kTypeHeaderMovesArrow = true;
+  static std::unique_ptr<Window> MakeWindow() { return std::unique_ptr<Window>(new Window); }
+  // C: is the first root: shown from the start; chosen again as the panel's
+  // drive choice does.
+  static void OpenVolumeC(Window& win) { win.list->Return_Root(0); }
 };
 
 template <class Kind>

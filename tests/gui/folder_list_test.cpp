@@ -14,7 +14,7 @@
 namespace {
 
 using vt::FolderListTest;
-using FolderListKinds = ::testing::Types<vt::SourceListKind>;
+using FolderListKinds = ::testing::Types<vt::SourceListKind, vt::DestListKind>;
 TYPED_TEST_SUITE(FolderListTest, FolderListKinds);
 
 }  // namespace
