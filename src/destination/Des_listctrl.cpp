@@ -2,11 +2,23 @@
 
 #include <wx/filename.h>
 #include <wx/intl.h>
+#include <wx/log.h>
 #include <wx/msgdlg.h>
 
 #include "browser/ListingLogic.h"
 #include "destination/DesLogic.h"
 #include "destination/LDes_listctrl.h"
+
+namespace {
+// The box below is the one report of a failure (no second one from the
+// library's log).
+bool MakeFolder(const wxString& full) {
+  wxLogNull quiet;
+  // 0x777 (not octal 0777) is the permission value the folders have always
+  // been made with; it is kept as it is.
+  return wxFileName::Mkdir(full, 0x777, wxPATH_MKDIR_FULL);
+}
+}  // namespace
 
 BEGIN_EVENT_TABLE(Des_listctrl, FolderListCtrl)
   EVT_LIST_COL_CLICK(FolderListCtrl::kListId, Des_listctrl::OnColClick)
@@ -81,9 +93,7 @@ void Des_listctrl::CreateFolder(const wxString& name) {
   if (wxFileName::DirExists(full)) {
     wxMessageBox(wxGetTranslation("The folder already exists."),
                  wxGetTranslation("Create Folder error"), style, nullptr);
-  } else if (!wxFileName::Mkdir(full, 0x777, wxPATH_MKDIR_FULL)) {
-    // 0x777 (not octal 0777) is the permission value the folders have
-    // always been made with; it is kept as it is.
+  } else if (!MakeFolder(full)) {
     wxMessageBox(wxGetTranslation("Create folder is failed!"),
                  wxGetTranslation("Create Folder error"), style, nullptr);
   }
