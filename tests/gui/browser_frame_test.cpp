@@ -12,6 +12,7 @@
 
 #include "common/fake_fileops.h"
 #include "common/gui_testing.h"
+#include "destination_env.h"
 #include "timer_call.h"
 #include "frame_on_volumes_env.h"
 #include "main_window_env.h"
@@ -165,10 +166,16 @@ TEST_F(BrowserFrameTest, CopyCodesGoToTheCopyCommandAlike) {
   }
   // A selected row: no message, and the command takes the list's folder as
   // its source.
+  // The destination panel opens next; it is cancelled here.
+  const auto cancel = [](Des_Panel* panel) {
+    wxCommandEvent ev(wxEVT_BUTTON, ID_DES_CANCEL);
+    panel->GetEventHandler()->ProcessEvent(ev);
+    return static_cast<int>(wxID_CANCEL);
+  };
   Select("docs");
   for (size_t i = 0; i < entries.size(); ++i) {
     g_Des_PathInfo.m_sourcePath = "untouched";
-    entries[i]();
+    wxTEST_DIALOG(entries[i](), wxExpectModal<Des_Panel>(cancel));
     EXPECT_EQ(g_Des_PathInfo.m_sourcePath, "/mnt/C/") << names[i];
   }
   // The tree had the focus last: its folder is the source, whatever the
@@ -178,7 +185,7 @@ TEST_F(BrowserFrameTest, CopyCodesGoToTheCopyCommandAlike) {
   tree->SetIsLastFocus_treectrl(true);
   for (size_t i = 0; i < entries.size(); ++i) {
     g_Des_PathInfo.m_sourcePath = "untouched";
-    entries[i]();
+    wxTEST_DIALOG(entries[i](), wxExpectModal<Des_Panel>(cancel));
     EXPECT_EQ(g_Des_PathInfo.m_sourcePath, "/mnt/C") << names[i];
   }
   vt::Pump(50);
