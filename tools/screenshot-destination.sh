@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Saves a picture of the main window panel choosing a folder of E: (docs/destination.png):
+# Saves a picture of the destination panel choosing a folder of E: (docs/destination.png):
 # the GUI test that opens the panel from Copy on faked volumes, run with
 # VANTORI_SCREENSHOT set. Needs a configured build (./dev.sh test or run).
 set -euo pipefail
