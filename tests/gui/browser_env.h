@@ -84,7 +84,9 @@ class BusyBoxWatcher : public wxEventFilter {
   std::vector<Seen> seen;
 };
 
-class RecordingList : public my_listctrl {
+// A window class that records pop-up menus instead of showing them.
+template <class Window>
+class MenuRecording : public Window {
  public:
   MenuRecord menus;
 
@@ -95,16 +97,8 @@ class RecordingList : public my_listctrl {
   }
 };
 
-class RecordingTree : public my_DirTreeCtrl {
- public:
-  MenuRecord menus;
-
- protected:
-  bool DoPopupMenu(wxMenu* menu, int, int) override {
-    menus.Take(menu);
-    return true;
-  }
-};
+using RecordingList = MenuRecording<my_listctrl>;
+using RecordingTree = MenuRecording<my_DirTreeCtrl>;
 
 // Mounts the test volumes; removes what the tests wrote under /mnt.
 class TestVolumes {

@@ -18,16 +18,7 @@
 namespace vt {
 
 // A destination list that records pop-up menus instead of showing them.
-class RecordingDesList : public Des_listctrl {
- public:
-  MenuRecord menus;
-
- protected:
-  bool DoPopupMenu(wxMenu* menu, int, int) override {
-    menus.Take(menu);
-    return true;
-  }
-};
+using RecordingDesList = MenuRecording<Des_listctrl>;
 
 // The mounted volumes' top folders, in inventory order ("/mnt/C/", ...).
 inline wxArrayString VolumeRoots() {
