@@ -39,6 +39,9 @@ class DesPanelTest : public ::testing::Test {
     parent->Destroy();
     vt::Pump(50);
     volumes.reset();
+    // The panel loaded the layout without a frame: release it as the frame
+    // would, so that the next test loads the settings afresh.
+    settings::CCtrlConfig::UnInstance();
   }
   void Volumes(bool with = true) {
     volumes.reset(new vt::TestVolumes(with));
