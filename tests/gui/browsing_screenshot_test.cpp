@@ -1,6 +1,6 @@
 // The main window browsing a folder of a volume, as a user sees it. When
 // VANTORI_SCREENSHOT names a file, the window is also saved there as a PNG
-// (tools/screenshot-browsing.sh uses this for the README's picture).
+// (tools/screenshot-docs.sh uses this for the README's picture).
 #include "browser_env.h"
 
 #include <wx/image.h>

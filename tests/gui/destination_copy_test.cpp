@@ -2,7 +2,7 @@
 // tree, the panel driven while its ShowModal runs; OK hands the chosen
 // folder to the frame, Cancel and the close box nothing; without any volume
 // OK is refused with a message. With VANTORI_SCREENSHOT set, the panel is
-// also saved there as a PNG (tools/screenshot-destination.sh).
+// also saved there as a PNG (tools/screenshot-docs.sh).
 #include "destination_env.h"
 
 #include <cstdlib>
