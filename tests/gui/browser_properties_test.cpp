@@ -23,22 +23,14 @@
 #include "disk/DeviceSeam.h"
 #include "shell/my_frame.h"
 #include "timer_call.h"
+#include "window_children.h"
 
+using vt::ChildWithLabel;
 using vt::TestVolumes;
 
 namespace {
 
 const long kDialogStyle = wxCAPTION | wxCLOSE_BOX | wxSYSTEM_MENU;
-
-// The child of a dialog whose class and label match, or null.
-template <class T>
-T* ChildWithLabel(wxWindow* parent, const wxString& label) {
-  for (wxWindow* w : parent->GetChildren()) {
-    T* t = dynamic_cast<T*>(w);
-    if (t != nullptr && t->GetLabel() == label) return t;
-  }
-  return nullptr;
-}
 
 Properties_dialog* OpenPropertiesDialog() {
   for (wxWindow* w : wxTopLevelWindows)
