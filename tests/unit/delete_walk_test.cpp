@@ -27,6 +27,7 @@
 namespace {
 
 using vt::FakeFileOps;
+using vt::DirectoryOrder;
 
 // Records what the deleting shows; cancels at the Nth question when asked to.
 class RecordingView : public DeleteWalkView {
@@ -382,18 +383,6 @@ TEST(DeleteWalk, ASingleFileWritesItsLineAndTheFinalRemovalFindsNothingHarmlessl
   EXPECT_EQ(view.removed, std::vector<std::string>{p});
   EXPECT_EQ(view.gauge, (std::vector<int>{1, 100}));  // m_step 0: a step at the call's start
   EXPECT_EQ(Listing(t.Root()), std::set<std::string>{"other"});
-}
-
-// The names of a folder in the order the system gives them.
-std::vector<std::string> DirectoryOrder(const std::string& folder) {
-  std::vector<std::string> names;
-  DIR* d = opendir(folder.c_str());
-  while (struct dirent* e = readdir(d)) {
-    std::string n = e->d_name;
-    if (n != "." && n != "..") names.push_back(n);
-  }
-  closedir(d);
-  return names;
 }
 
 TEST(DeleteWalk, ASmallTreeWritesTheLinesInOrderAndStepsTheGaugeOnEveryCallAndEntry) {

@@ -16,6 +16,7 @@
 namespace {
 
 using vt::FakeFileOps;
+using vt::DirectoryOrder;
 
 struct Seen {
   int event;
@@ -54,18 +55,6 @@ const Seen* Find(const std::vector<Seen>& seen, const std::string& rel, int even
   for (const Seen& s : seen)
     if (s.rel == rel && s.event == event) return &s;
   return nullptr;
-}
-
-// The names of a folder in the order the system gives them.
-std::vector<std::string> DirectoryOrder(const std::string& folder) {
-  std::vector<std::string> names;
-  DIR* d = opendir(folder.c_str());
-  while (struct dirent* e = readdir(d)) {
-    std::string n = e->d_name;
-    if (n != "." && n != "..") names.push_back(n);
-  }
-  closedir(d);
-  return names;
 }
 
 TEST(FolderWalker, EntriesInDirectoryOrderHiddenIncludedFoldersBeforeAndAfterTheirContents) {
