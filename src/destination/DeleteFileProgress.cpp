@@ -29,6 +29,7 @@ void DeleteFileProgress::YieldNowAndThen() {
 }
 
 void DeleteFileProgress::Mirror() {
+  if (!m_dialog) return;
   m_dialog->m_fileCount = m_walk.fileCount;
   m_dialog->m_folderCount = m_walk.folderCount;
   m_dialog->m_doneSinceStep = m_walk.doneSinceStep;
@@ -39,21 +40,24 @@ void DeleteFileProgress::Mirror() {
 
 bool DeleteFileProgress::Cancelled() {
   YieldNowAndThen();
-  return m_dialog->m_cancel;
+  return !m_dialog || m_dialog->m_cancel;
 }
 
 void DeleteFileProgress::Counted(int files, int folders) {
+  if (!m_dialog) return;
   m_dialog->m_fileCount = files;
   m_dialog->m_folderCount = folders;
 }
 
 void DeleteFileProgress::GaugeMoved(int percent) {
   Mirror();
+  if (!m_dialog) return;
   m_dialog->m_gauge->SetValue(percent < 100 ? percent : 100);
   YieldNowAndThen();
 }
 
 void DeleteFileProgress::Removed(const std::string& path) {
+  if (!m_dialog) return;
   m_dialog->m_doneSinceStep = m_walk.doneSinceStep;
   const long now = m_clock.Time();
   if (now - m_lastYield < kUpdateEveryMs) return;
@@ -65,6 +69,7 @@ int DeleteFileProgress::Count(const wxString& target) {
   const int status = m_walk.Count(DeletePathBytes(target));
   Mirror();
   wxYieldIfNeeded();
+  if (!m_dialog) return kStatusStopped;
   m_dialog->m_filesCountText->SetLabel(Conversion_Str(wxString::Format("%d", m_walk.fileCount)));
   m_dialog->m_folderCountText->SetLabel(
       Conversion_Str(wxString::Format("%d", m_walk.folderCount)));
@@ -81,6 +86,7 @@ void DeleteFileProgress::RemoveTarget(const wxString& target) {
   const std::string bytes = DeletePathBytes(target);
   m_walk.RemoveTarget(bytes);
   Mirror();
+  if (!m_dialog) return;
   m_dialog->m_currentText->SetLabel(DeleteDisplayPath(bytes, 40));
   wxYieldIfNeeded();
 }

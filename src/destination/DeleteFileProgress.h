@@ -3,18 +3,20 @@
 // alone), keeping the dialog's members, counts, gauge and current-item text
 // up to date and letting the event loop run so that Cancel and the close box
 // reach m_cancel. The dialog's owner creates and destroys the dialog; this
-// class only fills it.
+// class only fills it. The dialog may go away while events run (its owner
+// was closed): the run then stops as if cancelled and touches it no more.
 #pragma once
 
 #include <wx/stopwatch.h>
 #include <wx/string.h>
+#include <wx/weakref.h>
 
 #include <string>
 #include <vector>
 
 #include "fileops/DeleteWalk.h"
 
-class DeleteFile_dialog;
+#include "destination/DeleteFile_dialog.h"
 
 class DeleteFileProgress : private DeleteWalkView {
  public:
@@ -45,7 +47,7 @@ class DeleteFileProgress : private DeleteWalkView {
   // Lets pending events run, at most every few milliseconds.
   void YieldNowAndThen();
 
-  DeleteFile_dialog* m_dialog;
+  wxWeakRef<DeleteFile_dialog> m_dialog;
   DeleteWalk m_walk;
   wxStopWatch m_clock;
   long m_lastYield;

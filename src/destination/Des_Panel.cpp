@@ -5,11 +5,17 @@
 #include <wx/statbox.h>
 #include <wx/stattext.h>
 #include <wx/textdlg.h>
+#include <wx/weakref.h>
 
 #include "common/FixedPosition.h"
+#include "destination/DeleteFileProgress.h"
+#include "destination/DeleteFile_dialog.h"
 #include "destination/Des_PathInfo.h"
 #include "destination/Des_listctrl.h"
 #include "disk/View_Disk_Info.h"
+#include "display/VolumeText.h"
+#include "fileops/ShellEscape.h"
+#include "fileops/WalkStatus.h"
 #include "settings/CCtrlConfig.h"
 #include "settings/CONTROLINFO.h"
 #include "widgets/CCtrlGenerate.h"
@@ -38,7 +44,9 @@ Des_Panel::Des_Panel(wxWindow* parent, int id, const wxString& title, const wxPo
       m_bitmapButton(nullptr),
       m_okButton(nullptr),
       m_cancelButton(nullptr),
-      m_fixedPosition(pos) {
+      m_deleteDialog(nullptr),
+      m_fixedPosition(pos),
+      m_deleteRun(nullptr) {
   // The volume rows: the source volume is left out unless it is the only one.
   const int n = g_AllDiskPartitionInf.GetCurrentParttionNum() & 0xffff;
   m_volumes = DesVolumeRows(g_AllDiskPartitionInf.m_Volume,
@@ -115,9 +123,102 @@ void Des_Panel::OnDesButtonNew(wxCommandEvent& WXUNUSED(event)) {
   m_desList->CreateFolder(name);
 }
 
-// The Delete button: deleting the selected entry is not built yet, so the
-// button does nothing.
-void Des_Panel::OnDesButtonDel(wxCommandEvent& WXUNUSED(event)) {}
+void Des_Panel::OnDesButtonDel(wxCommandEvent& WXUNUSED(event)) {
+  if (m_deleteDialog) return;  // a delete is running already
+  const wxString name = m_desList->GetDesDeleteDirFileName();
+  if (m_desList->GetSelectedItemCount() == 0 || name.empty()) {
+    wxMessageBox(wxGetTranslation("Please select a file or directory!"),
+                 wxGetTranslation("Error Selecting File or Folder"), wxOK);
+    m_desList->SetFocus();
+    return;
+  }
+  if (wxMessageBox(wxGetTranslation("If you delete it data will be lost. Do you want to continue?"),
+                   wxGetTranslation("Warning"), wxYES_NO | wxNO_DEFAULT | wxICON_EXCLAMATION) !=
+      wxYES)
+    return;
+
+  // Events run while the delete goes on (that is how Cancel arrives), and the
+  // window holding the panel may be closed meanwhile: after every yield the
+  // panel and the dialog are looked at through weak references only.
+  wxWeakRef<Des_Panel> self(this);
+  m_deleteDialog = new DeleteFile_dialog(this, wxID_ANY, wxGetTranslation("Deleting Data"),
+                                         wxPoint(320, 230), wxSize(400, 225),
+                                         wxCAPTION | wxSYSTEM_MENU | wxCLOSE_BOX);
+  wxWeakRef<DeleteFile_dialog> dialog(m_deleteDialog);
+  m_deleteDialog->Show();
+  Enable(false);
+  wxYieldIfNeeded();
+  if (!self) return;
+  if (!dialog) {
+    EndDelete();
+    return;
+  }
+  dialog->m_filesCountText->SetLabel(wxString::Format("%d", dialog->m_fileCount));
+  dialog->m_folderCountText->SetLabel(wxString::Format("%d", dialog->m_folderCount));
+
+  const wxString target = m_desList->GetDesCurrentPath() + name;
+  DeleteFileProgress run(dialog);
+  m_deleteRun = &run;
+  if (count_DirFileInfo(target) == kStatusStopped) {
+    if (!self) return;
+    EndDelete();
+    return;
+  }
+  if (!self) return;
+  const int result = DeleteDirFile(target);
+  if (!self) return;
+  m_desList->SetDesCopyDirName("");
+  if (result == kStatusStopped) {
+    EndDelete();
+    RefreshVolumeRows();
+  } else {
+    run.RemoveTarget(target);
+    if (!self) return;
+    m_desList->Read_FileDir_Array(m_desList->GetDesCurrentPath());
+    m_desList->List_FileTable();
+    EndDelete();
+    if (!m_desList->IsRoot()) {
+      RefreshVolumeRows();
+      m_pathText->SetValue(DesUpFieldText(m_desList->GetDesCurrentPath()));
+    }
+  }
+  if (run.FailedCount() > 0)
+    wxMessageBox(run.FailureMessage(), DeleteFailureCaption(), wxOK | wxICON_EXCLAMATION, this);
+}
+
+int Des_Panel::count_DirFileInfo(const wxString& path) {
+  if (m_deleteRun == nullptr) return kStatusStopped;
+  return m_deleteRun->Count(path);
+}
+
+int Des_Panel::DeleteDirFile(const wxString& path) {
+  if (m_deleteRun == nullptr) return kStatusStopped;
+  return m_deleteRun->DeleteContents(path);
+}
+
+bool Des_Panel::ChangeEscapeCharacter(char* s) { return ::ChangeEscapeCharacter(s); }
+
+void Des_Panel::EndDelete() {
+  m_deleteRun = nullptr;
+  if (m_deleteDialog) m_deleteDialog->Destroy();
+  m_deleteDialog = nullptr;
+  Enable(true);
+}
+
+void Des_Panel::RefreshVolumeRows() {
+  g_AllDiskPartitionInf.GetDiskParttionInfo();
+  const int n = g_AllDiskPartitionInf.GetCurrentParttionNum() & 0xffff;
+  for (size_t row = 0; row < m_volumes.size(); ++row) {
+    const int index = m_volumes[row].volumeIndex;
+    if (index < 0 || index >= n || index >= MAX_VOLUME_COUNT) continue;
+    const VolumeInformation& v = g_AllDiskPartitionInf.m_Volume[index];
+    m_volumes[row].text =
+        DesVolumeRowText(v.DriveLetter, VolumeText(v.VolumeLabel), VolumeText(v.FreeText));
+    m_driveChoice->SetString(static_cast<unsigned int>(row), m_volumes[row].text);
+  }
+  if (m_desList->GetRootIndex() < static_cast<int>(m_volumes.size()))
+    m_driveChoice->SetSelection(m_desList->GetRootIndex());
+}
 
 void Des_Panel::Finish(int id) {
   g_Des_PathInfo.m_result = id;

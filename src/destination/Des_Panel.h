@@ -11,11 +11,14 @@
 #include <wx/button.h>
 #include <wx/dialog.h>
 #include <wx/textctrl.h>
+#include <wx/weakref.h>
 
 #include <vector>
 
+#include "destination/DeleteFile_dialog.h"
 #include "destination/DesLogic.h"
 
+class DeleteFileProgress;
 class Des_listctrl;
 class keln_BitmapButton;
 
@@ -46,6 +49,8 @@ class Des_Panel : public wxDialog {
   void OnChoice(wxCommandEvent& event);
   void OnDesButtonUp(wxCommandEvent& event);
   void OnDesButtonNew(wxCommandEvent& event);
+  // Delete: after the warning, counts and deletes the selected entry with the
+  // progress dialog, then re-reads the list and the volume rows' free space.
   void OnDesButtonDel(wxCommandEvent& event);
   void OnDesButtonOk(wxCommandEvent& event);
   void OnDesButtonCancel(wxCommandEvent& event);
@@ -64,13 +69,30 @@ class Des_Panel : public wxDialog {
   keln_BitmapButton* m_bitmapButton;  // the Up, New and Delete buttons in turn: ends on Delete
   wxButton* m_okButton;
   wxButton* m_cancelButton;
+  // The progress dialog while a delete runs, else null (also once the
+  // dialog went away with its owner).
+  wxWeakRef<DeleteFile_dialog> m_deleteDialog;
+
+  // Counting and deleting of the delete that runs (10 when cancelled, or
+  // when no delete runs).
+  int count_DirFileInfo(const wxString& path);
+  int DeleteDirFile(const wxString& path);
+  // The 13-character shell escape, in the caller's buffer (ShellEscape.h).
+  static bool ChangeEscapeCharacter(char* s);
 
  private:
+  // Re-reads the free space of the volumes, rewrites the volume rows and
+  // selects the row of the volume the list shows.
+  void RefreshVolumeRows();
+  // Ends a delete: the dialog goes, the panel is enabled again.
+  void EndDelete();
+
   // Sets m_result to `id` and closes the panel (ends its modal run first).
   void Finish(int id);
 
   std::vector<DesVolumeRow> m_volumes;
   wxPoint m_fixedPosition;
+  DeleteFileProgress* m_deleteRun;
 
   DECLARE_EVENT_TABLE()
 };
