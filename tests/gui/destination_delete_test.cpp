@@ -29,21 +29,8 @@ using vt::ChildWithLabel;
 
 namespace {
 
-bool Exists(const std::string& path) {
-  struct stat64 st;
-  return lstat64(path.c_str(), &st) == 0;
-}
-
-// How many entries lie below root (links not followed).
-int CountBelow(const std::string& root) {
-  static int counted;
-  counted = 0;
-  nftw(root.c_str(), [](const char*, const struct stat*, int, struct FTW*) {
-    ++counted;
-    return 0;
-  }, 8, FTW_PHYS);
-  return counted - 1;  // the root itself not counted
-}
+using vt::CountBelow;
+using vt::Exists;
 
 class DeleteDialogTest : public ::testing::Test {
  protected:

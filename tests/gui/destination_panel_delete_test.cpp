@@ -6,7 +6,6 @@
 #include "destination_panel_env.h"
 
 #include <errno.h>
-#include <ftw.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,24 +16,12 @@
 #include "common/stdout_capture.h"
 #include "destination/DeleteFileProgress.h"
 #include "timer_call.h"
+#include "unit/fileops_test_tree.h"
 
 namespace {
 
-bool Exists(const std::string& path) {
-  struct stat64 st;
-  return lstat64(path.c_str(), &st) == 0;
-}
-
-// How many entries lie below root (links not followed).
-int CountBelow(const std::string& root) {
-  static int counted;
-  counted = 0;
-  nftw(root.c_str(), [](const char*, const struct stat*, int, struct FTW*) {
-    ++counted;
-    return 0;
-  }, 8, FTW_PHYS);
-  return counted - 1;
-}
+using vt::CountBelow;
+using vt::Exists;
 
 // A message box: records what it showed and gives `answer`.
 class Answer : public wxExpectModal<wxMessageDialog> {

@@ -47,10 +47,7 @@ class RecordingView : public DeleteWalkView {
   std::vector<std::string> removed;
 };
 
-bool Exists(const std::string& path) {
-  struct stat64 st;
-  return lstat64(path.c_str(), &st) == 0;
-}
+using vt::Exists;
 
 // Every path below root (links not followed), relative to root, sorted.
 void ListInto(const std::string& root, const std::string& rel, std::set<std::string>* out) {

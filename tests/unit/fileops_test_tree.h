@@ -63,4 +63,21 @@ inline std::vector<std::string> DirectoryOrder(const std::string& folder) {
   return names;
 }
 
+// True when something (a link included, not followed) is at path.
+inline bool Exists(const std::string& path) {
+  struct stat64 st;
+  return lstat64(path.c_str(), &st) == 0;
+}
+
+// How many entries lie below root (links not followed, root not counted).
+inline int CountBelow(const std::string& root) {
+  static int counted;
+  counted = 0;
+  nftw(root.c_str(), [](const char*, const struct stat*, int, struct FTW*) {
+    ++counted;
+    return 0;
+  }, 8, FTW_PHYS);
+  return counted - 1;
+}
+
 }  // namespace vt
