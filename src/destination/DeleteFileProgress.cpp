@@ -17,7 +17,10 @@ const long kUpdateEveryMs = 20;
 }  // namespace
 
 DeleteFileProgress::DeleteFileProgress(DeleteFile_dialog* dialog)
-    : m_dialog(dialog), m_walk(this), m_lastYield(-kUpdateEveryMs) {
+    : m_dialog(dialog), m_walk(DeleteWalkView{[this] { return Cancelled(); },
+                            [this](int files, int folders) { Counted(files, folders); },
+                            [this](int percent) { GaugeMoved(percent); },
+                            [this](const std::string& path) { Removed(path); }}), m_lastYield(-kUpdateEveryMs) {
   m_clock.Start();
 }
 

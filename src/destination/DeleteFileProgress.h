@@ -18,7 +18,7 @@
 
 #include "destination/DeleteFile_dialog.h"
 
-class DeleteFileProgress : private DeleteWalkView {
+class DeleteFileProgress {
  public:
   explicit DeleteFileProgress(DeleteFile_dialog* dialog);
 
@@ -35,13 +35,14 @@ class DeleteFileProgress : private DeleteWalkView {
   int FailedCount() const { return m_walk.FailedCount(); }
   wxString FailureMessage() const;
 
-  const DeleteWalk& Walk() const { return m_walk; }
+  const DeleteWalk& Deleting() const { return m_walk; }
 
  private:
-  bool Cancelled() override;
-  void Counted(int files, int folders) override;
-  void GaugeMoved(int percent) override;
-  void Removed(const std::string& path) override;
+  // What the walk tells the dialog (set as the walk's callbacks).
+  bool Cancelled();
+  void Counted(int files, int folders);
+  void GaugeMoved(int percent);
+  void Removed(const std::string& path);
   // Copies the walk's progress into the dialog's members.
   void Mirror();
   // Lets pending events run, at most every few milliseconds.

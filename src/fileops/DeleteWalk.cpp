@@ -51,12 +51,12 @@ int DeleteWalk::Count(const std::string& target) {
   if (TargetKind(target) != 1) return status = kStatusWalked;
   const int result = WalkFolder(target.c_str(), DeleteOptions(), [this](const FolderWalkEntry& e) {
     if (e.event != kWalkEnter) return kWalkContinue;
-    if (view_->Cancelled()) return kWalkStop;
+    if ((view_.cancelled && view_.cancelled())) return kWalkStop;
     if (e.kind == kWalkFolder)
       ++folderCount;
     else
       ++fileCount;
-    view_->Counted(fileCount, folderCount);
+    if (view_.counted) view_.counted(fileCount, folderCount);
     return kWalkContinue;
   });
   status = result == kWalkStopped ? kStatusStopped : kStatusWalked;
@@ -67,7 +67,7 @@ void DeleteWalk::GaugeStep() {
   if (doneSinceStep < step) return;
   doneSinceStep = 0;
   ++percent;
-  view_->GaugeMoved(percent);
+  if (view_.gaugeMoved) view_.gaugeMoved(percent);
 }
 
 void DeleteWalk::Fail(const std::string& path, int error) {
@@ -83,7 +83,7 @@ void DeleteWalk::Remove(const std::string& path, int flags) {
 
 void DeleteWalk::Done(const std::string& path) {
   ++doneSinceStep;
-  view_->Removed(path);
+  if (view_.removed) view_.removed(path);
 }
 
 int DeleteWalk::DeleteContents(const std::string& target) {
@@ -117,7 +117,7 @@ int DeleteWalk::DeleteContents(const std::string& target) {
         return kWalkContinue;
       }
       GaugeStep();
-      if (view_->Cancelled()) return kWalkStop;
+      if ((view_.cancelled && view_.cancelled())) return kWalkStop;
       printf("delete dir = %s\n ", path.c_str());
       if (e.kind == kWalkFolder) {
         if (leftAlone) {
@@ -146,5 +146,5 @@ void DeleteWalk::RemoveTarget(const std::string& target) {
   // 0: gone already (a file removed by DeleteContents). 2: a mount point,
   // recorded by DeleteContents and left alone.
   percent = 100;
-  view_->GaugeMoved(percent);
+  if (view_.gaugeMoved) view_.gaugeMoved(percent);
 }

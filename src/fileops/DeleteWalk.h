@@ -27,21 +27,22 @@
 #pragma once
 
 #include <string>
+#include <functional>
 #include <vector>
 
-// What the deleting tells its progress dialog, and how it learns of Cancel.
-class DeleteWalkView {
- public:
-  virtual ~DeleteWalkView() = default;
+// What the deleting tells its progress dialog, and how it learns of Cancel:
+// callbacks that the dialog's side sets (an unset one does nothing, and an
+// unset cancelled lets the walk run to its end).
+struct DeleteWalkView {
   // Asked before every entry of both walks; true stops the walk. May let the
   // event loop run (that is how a Cancel click arrives).
-  virtual bool Cancelled() = 0;
+  std::function<bool()> cancelled;
   // The counts changed (once per counted entry).
-  virtual void Counted(int files, int folders) { (void)files, (void)folders; }
+  std::function<void(int files, int folders)> counted;
   // The gauge value moved (it is not limited to 100 here).
-  virtual void GaugeMoved(int percent) { (void)percent; }
+  std::function<void(int percent)> gaugeMoved;
   // One item was removed (or its removal failed and was recorded).
-  virtual void Removed(const std::string& path) { (void)path; }
+  std::function<void(const std::string& path)> removed;
 };
 
 struct DeleteFailure {
@@ -54,7 +55,7 @@ class DeleteWalk {
   // How many failed paths are kept for the message.
   static const int kFailuresKept = 5;
 
-  explicit DeleteWalk(DeleteWalkView* view) : view_(view) {}
+  explicit DeleteWalk(DeleteWalkView view) : view_(std::move(view)) {}
 
   // Counts the files and folders below target (a folder) into fileCount and
   // folderCount; a file, a link or a missing path has nothing to count. A
@@ -94,7 +95,7 @@ class DeleteWalk {
   // Counts one removal and shows it.
   void Done(const std::string& path);
 
-  DeleteWalkView* view_;
+  DeleteWalkView view_;
   int failedCount_ = 0;
   std::vector<DeleteFailure> failures_;
 };

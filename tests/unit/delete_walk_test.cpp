@@ -30,15 +30,19 @@ using vt::FakeFileOps;
 using vt::DirectoryOrder;
 
 // Records what the deleting shows; cancels at the Nth question when asked to.
-class RecordingView : public DeleteWalkView {
+class RecordingView {
  public:
-  bool Cancelled() override {
-    ++questions;
-    return cancelAt != 0 && questions >= cancelAt;
+  // The walk's callbacks, recording into this view.
+  DeleteWalkView Hooks() {
+    return DeleteWalkView{
+        [this] {
+          ++questions;
+          return cancelAt != 0 && questions >= cancelAt;
+        },
+        [this](int files, int folders) { lastCount = {files, folders}; },
+        [this](int percent) { gauge.push_back(percent); },
+        [this](const std::string& path) { removed.push_back(path); }};
   }
-  void Counted(int files, int folders) override { lastCount = {files, folders}; }
-  void GaugeMoved(int percent) override { gauge.push_back(percent); }
-  void Removed(const std::string& path) override { removed.push_back(path); }
 
   int cancelAt = 0;
   int questions = 0;
@@ -123,7 +127,7 @@ TEST(DeleteWalk, HostileNamesInsideAFolderAreAllRemovedAndNoneIsRun) {
   InFolder here(t.Root());
   FakeFileOps fake;
   RecordingView view;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   Quiet([&] { EXPECT_EQ(DeleteAll(walk, t.Path("t")), kStatusWalked); });
   EXPECT_EQ(walk.fileCount, static_cast<int>(2 * n));
   EXPECT_EQ(walk.folderCount, static_cast<int>(n));
@@ -146,7 +150,7 @@ TEST(DeleteWalk, EachHostileNameSelectedAloneRemovesExactlyThatName) {
   targets.push_back("dir with $(touch made6)");
   for (const std::string& n : targets) {
     RecordingView view;
-    DeleteWalk walk(&view);
+    DeleteWalk walk(view.Hooks());
     Quiet([&] { EXPECT_EQ(DeleteAll(walk, t.Path(n)), kStatusWalked) << n; });
     EXPECT_EQ(walk.FailedCount(), 0) << n;
     left.erase(n);
@@ -168,7 +172,7 @@ TEST(DeleteWalk, ALinkToAFolderOutsideIsRemovedAsALinkAndItsTargetSurvives) {
   t.Link("../outside/precious", "t/to-file");
   t.Link(t.Path("nowhere"), "t/dangling");
   RecordingView view;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   Quiet([&] { EXPECT_EQ(DeleteAll(walk, t.Path("t")), kStatusWalked); });
   EXPECT_EQ(walk.fileCount, 4);  // links count as files
   EXPECT_EQ(walk.folderCount, 0);
@@ -180,7 +184,7 @@ TEST(DeleteWalk, ALinkToAFolderOutsideIsRemovedAsALinkAndItsTargetSurvives) {
   // The selected item itself a link to a folder: only the link goes.
   t.Link(t.Path("outside"), "selected-link");
   RecordingView view2;
-  DeleteWalk walk2(&view2);
+  DeleteWalk walk2(view2.Hooks());
   Quiet([&] { EXPECT_EQ(DeleteAll(walk2, t.Path("selected-link")), kStatusWalked); });
   EXPECT_EQ(walk2.fileCount + walk2.folderCount, 0);
   EXPECT_FALSE(Exists(t.Path("selected-link")));
@@ -196,7 +200,7 @@ TEST(DeleteWalk, LinkLoopsAreRemovedWithoutBeingEntered) {
   t.Link("a", "t/b");
   t.Link("self", "t/self");
   RecordingView view;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   Quiet([&] { EXPECT_EQ(DeleteAll(walk, t.Path("t")), kStatusWalked); });
   EXPECT_EQ(walk.fileCount, 4);
   EXPECT_EQ(walk.folderCount, 1);
@@ -217,7 +221,7 @@ TEST(DeleteWalk, FailedRemovalsAreCountedAndTheFirstPathsKept) {
   fake.Fail(FakeFileOps::kUnlinkat, EIO, "*/t/ro/ioerr");
   fake.Fail(FakeFileOps::kUnlinkat, EBUSY, "*/t/busy");
   RecordingView view;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   Quiet([&] { EXPECT_EQ(DeleteAll(walk, t.Path("t")), kStatusWalked); });
   // locked, ioerr, busy, then ro and t (not empty).
   EXPECT_EQ(walk.FailedCount(), 5);
@@ -240,7 +244,7 @@ TEST(DeleteWalk, AReadOnlyVolumeFailsEveryRemovalAndOnlyTheFirstFewPathsAreKept)
   FakeFileOps fake;
   fake.Fail(FakeFileOps::kUnlinkat, EROFS);
   RecordingView view;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   Quiet([&] { DeleteAll(walk, t.Path("t")); });
   EXPECT_EQ(walk.FailedCount(), 13);
   ASSERT_EQ(walk.Failures().size(), static_cast<size_t>(DeleteWalk::kFailuresKept));
@@ -259,7 +263,7 @@ TEST(DeleteWalk, ATenLevelTreeGoesContentsFirstAndTheSelectedFolderLast) {
   }
   FakeFileOps fake;
   RecordingView view;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   Quiet([&] { EXPECT_EQ(DeleteAll(walk, t.Path("t")), kStatusWalked); });
   EXPECT_EQ(walk.fileCount, 10);
   EXPECT_EQ(walk.folderCount, 10);
@@ -288,7 +292,7 @@ TEST(DeleteWalk, AMountPointInsideIsNeitherEnteredNorRemoved) {
   FakeFileOps fake;
   fake.SetDevice("*/t/mnt*", 0xbeef);
   RecordingView view;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   Quiet([&] { EXPECT_EQ(DeleteAll(walk, t.Path("t")), kStatusWalked); });
   EXPECT_EQ(walk.fileCount, 1);
   EXPECT_EQ(walk.folderCount, 1);  // counted, not entered
@@ -311,7 +315,7 @@ TEST(DeleteWalk, ASelectedMountPointIsLeftAlone) {
   FakeFileOps fake;
   fake.SetDevice("*/mounted*", 0xbeef);
   RecordingView view;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   Quiet([&] { EXPECT_EQ(DeleteAll(walk, t.Path("mounted")), kStatusWalked); });
   EXPECT_EQ(walk.fileCount + walk.folderCount, 0);
   ASSERT_EQ(walk.FailedCount(), 1);
@@ -328,7 +332,7 @@ TEST(DeleteWalk, CancelWhileCountingRemovesNothing) {
   FakeFileOps fake;
   RecordingView view;
   view.cancelAt = 5;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   std::string out = Quiet([&] { EXPECT_EQ(DeleteAll(walk, t.Path("t")), kStatusStopped); });
   EXPECT_EQ(walk.status, kStatusStopped);
   EXPECT_EQ(walk.fileCount, 4);  // the fifth question stopped it
@@ -348,7 +352,7 @@ TEST(DeleteWalk, CancelWhileDeletingKeepsWhatWasRemovedAndLeavesTheRest) {
     t.File("t/sub/g" + std::to_string(i), 1);
   }
   RecordingView view;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   Quiet([&] { EXPECT_EQ(walk.Count(t.Path("t")), kStatusWalked); });
   view.cancelAt = view.questions + 8;  // the 8th entry of the deleting
   Quiet([&] { EXPECT_EQ(walk.DeleteContents(t.Path("t")), kStatusStopped); });
@@ -367,7 +371,7 @@ TEST(DeleteWalk, ASingleFileWritesItsLineAndTheFinalRemovalFindsNothingHarmlessl
   t.File("other", 1);
   FakeFileOps fake;
   RecordingView view;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   const std::string p = t.Path("it's a (file).txt");
   const std::string out = Quiet([&] { EXPECT_EQ(DeleteAll(walk, p), kStatusWalked); });
   const std::string e = ShellEscaped(p);
@@ -390,7 +394,7 @@ TEST(DeleteWalk, ASmallTreeWritesTheLinesInOrderAndStepsTheGaugeOnEveryCallAndEn
   t.Folder("t/sub dir");
   t.File("t/sub dir/x", 1);
   RecordingView view;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   const std::string root = t.Path("t");
   std::string expected = "Delete Path = " + root + "\n";
   int steps = 1;
@@ -428,7 +432,7 @@ TEST(DeleteWalk, TheGaugeMovesOnceEveryStepItemsWithAHundredOrMore) {
   t.Folder("t");
   for (int i = 0; i < 250; ++i) t.File("t/f" + std::to_string(i), 0);
   RecordingView view;
-  DeleteWalk walk(&view);
+  DeleteWalk walk(view.Hooks());
   Quiet([&] { EXPECT_EQ(DeleteAll(walk, t.Path("t")), kStatusWalked); });
   EXPECT_EQ(walk.step, 2);  // 250 / 100
   // Before entry k (from 1) the count since the last step is (k - 1) minus

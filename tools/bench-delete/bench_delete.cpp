@@ -78,7 +78,7 @@ double DeleteOurWay(wxWindow* owner, const std::string& root, const std::string&
         run.DeleteContents(target) != kStatusStopped;
   if (*ok) run.RemoveTarget(target);
   *ok = *ok && run.FailedCount() == 0 && access(root.c_str(), F_OK) != 0 &&
-        run.Walk().fileCount == kFolders * kFilesPerFolder && run.Walk().folderCount == kFolders;
+        run.Deleting().fileCount == kFolders * kFilesPerFolder && run.Deleting().folderCount == kFolders;
   dialog->Destroy();
   wxTheApp->ProcessIdle();
   const double t = Now() - start;
