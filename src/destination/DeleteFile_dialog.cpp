@@ -3,6 +3,8 @@
 #include <wx/intl.h>
 #include <wx/statbox.h>
 
+#include "common/FixedPosition.h"
+
 BEGIN_EVENT_TABLE(DeleteFile_dialog, wxDialog)
   EVT_BUTTON(ID_DELETE_CANCEL, DeleteFile_dialog::OnDeleteCancel)
   EVT_CLOSE(DeleteFile_dialog::OnClose)
@@ -43,14 +45,7 @@ DeleteFile_dialog::DeleteFile_dialog(wxWindow* parent, wxWindowID id, const wxSt
 }
 
 bool DeleteFile_dialog::Show(bool show) {
-  const bool changed = wxDialog::Show(show);
-  // The toolkit centres a dialog on its parent when it appears; the window
-  // still believes it stands at its place, so it steps aside and back.
-  if (show && changed && m_fixedPosition != wxDefaultPosition) {
-    Move(m_fixedPosition + wxPoint(1, 0));
-    Move(m_fixedPosition);
-  }
-  return changed;
+  return common::ShowAtFixedPosition(this, show, m_fixedPosition);
 }
 
 void DeleteFile_dialog::OnDeleteCancel(wxCommandEvent& WXUNUSED(event)) { m_cancel = true; }
