@@ -105,7 +105,7 @@ class wxExpectModal<wxTextEntryDialog> : public wxExpectModalBase<wxTextEntryDia
       // The message is shown in static texts, one a line.
       m_seen->message.clear();
       for (wxWindow* w : dlg->GetChildren())
-        if (wxDynamicCast(w, wxStaticText)) m_seen->message += w->GetLabel();
+        if (dynamic_cast<wxStaticText*>(w)) m_seen->message += w->GetLabel();
       m_seen->caption = dlg->GetTitle();
       ++m_seen->count;
     }

@@ -78,7 +78,7 @@ class DesDeleteTest : public DesPanelTest {
     EXPECT_FALSE(panel->m_deleteDialog);
     vt::Pump(30);
     for (wxWindow* w : panel->GetChildren())
-      EXPECT_EQ(wxDynamicCast(w, DeleteFile_dialog), nullptr) << "the progress dialog is gone";
+      EXPECT_EQ(dynamic_cast<DeleteFile_dialog*>(w), nullptr) << "the progress dialog is gone";
   }
   // Presses the progress dialog's Cancel (as the button does) or its close box.
   void CancelDialog(bool closeBox) {

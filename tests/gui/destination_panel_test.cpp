@@ -55,11 +55,11 @@ TEST_F(DesPanelTest, ControlsStandWhereTheLayoutPutsThem) {
   // The box and the two labels.
   bool box = false, drive = false, pathLabel = false;
   for (wxWindow* w : panel->GetChildren()) {
-    if (wxDynamicCast(w, wxStaticBox) && w->GetPosition() == Info(15).GetRect().GetPosition())
+    if (dynamic_cast<wxStaticBox*>(w) && w->GetPosition() == Info(15).GetRect().GetPosition())
       box = w->GetLabel() == Info(15).GetText(0);
-    else if (wxDynamicCast(w, wxStaticText) && w->GetLabel() == Info(16).GetText(0))
+    else if (dynamic_cast<wxStaticText*>(w) && w->GetLabel() == Info(16).GetText(0))
       drive = w->GetPosition() == Info(16).GetRect().GetPosition();
-    else if (wxDynamicCast(w, wxStaticText) && w->GetLabel() == "Path")
+    else if (dynamic_cast<wxStaticText*>(w) && w->GetLabel() == "Path")
       pathLabel = w->GetRect() == Info(21).GetRect() && w->HasFlag(wxALIGN_RIGHT);
   }
   EXPECT_TRUE(box);
