@@ -1,0 +1,5 @@
+#include "copy/ArrayDirFilePath.h"
+
+#include <wx/arrimpl.cpp>
+
+WX_DEFINE_OBJARRAY(ArrayDirFilePath);

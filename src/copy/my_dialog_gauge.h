@@ -1,0 +1,43 @@
+// The progress window of a copy. Its constructor shows it, builds the job
+// from g_Des_PathInfo, collects and copies it, and destroys the window; on
+// destruction the parent is enabled again, the replacement answer reset, the
+// volumes' free space refreshed and command 1401 posted to the parent.
+#pragma once
+
+#include <wx/button.h>
+#include <wx/dialog.h>
+#include <wx/gauge.h>
+#include <wx/stattext.h>
+
+class copyfile;
+
+enum { ID_GAUGE_CANCEL = 1400 };
+
+class my_dialog_gauge : public wxDialog {
+ public:
+  my_dialog_gauge(wxWindow* parent, int id, const wxString& title, const wxPoint& pos,
+                  const wxSize& size, long style);
+  ~my_dialog_gauge() override;
+
+  void OnCacle(wxCommandEvent& event);
+  void OnClose(wxCloseEvent& event);
+  // Repaints the dialog at once.
+  void Update() override;
+
+  wxGauge* m_gauge;
+  wxButton* m_cancelButton;
+  wxStaticText* m_currentText;
+  wxStaticText* m_totalFilesText;
+  wxStaticText* m_totalSizeText;
+  wxStaticText* m_doneFilesText;
+  wxStaticText* m_doneSizeText;
+  wxStaticText* m_timeLeftText;
+  bool m_cancel;
+  wxWindow* m_parent;
+  copyfile* m_job;
+
+ private:
+  bool m_running;  // the constructor is still running the job
+
+  DECLARE_EVENT_TABLE()
+};
