@@ -78,7 +78,10 @@ class FileTransfer {
   bool m_useCopyRange;
   ssize_t m_pending;       // bytes read into the buffer and not yet written
   bool m_pendingWritten;   // the last chunk went by copy_file_range
+  int m_deferredError = 0;  // the destination is full: WriteChunk reports it
+  bool m_createdDestination = false;  // Open created or truncated the destination
   int64_t m_sourceSize;
+  int64_t m_read = 0;      // bytes taken from the source so far
   int64_t m_written;
   struct timespec m_times[2];
   int m_error;

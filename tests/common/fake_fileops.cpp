@@ -159,7 +159,10 @@ FakeFileOps::~FakeFileOps() {
 
 FakeFileOps* FakeFileOps::Current() { return g_current; }
 
-void FakeFileOps::Add(const Rule& rule) { rules_.push_back(rule); }
+void FakeFileOps::Add(const Rule& rule) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  rules_.push_back(rule);
+}
 
 void FakeFileOps::Fail(Call call, int err, const std::string& pattern, int nth) {
   Rule r{kFail, call, pattern, nth};
@@ -186,64 +189,111 @@ void FakeFileOps::Delay(Call call, int milliseconds, const std::string& pattern,
 }
 
 void FakeFileOps::SetDevice(const std::string& pattern, dev_t device) {
+  std::lock_guard<std::mutex> lock(mutex_);
   devices_.emplace_back(pattern, device);
 }
 
 void FakeFileOps::ClearRules() {
+  std::lock_guard<std::mutex> lock(mutex_);
   rules_.clear();
   devices_.clear();
 }
 
+int FakeFileOps::Count(Call call) const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return counts_[call];
+}
+
+std::vector<std::string> FakeFileOps::Calls() const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return calls_;
+}
+
 void FakeFileOps::ClearCalls() {
+  std::lock_guard<std::mutex> lock(mutex_);
   calls_.clear();
   for (int& c : counts_) c = 0;
 }
 
+int FakeFileOps::OpenFolders() const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return static_cast<int>(dirs_.size());
+}
+
+int FakeFileOps::OpenDescriptors() const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return static_cast<int>(fds_.size());
+}
+
 int FakeFileOps::Before(Call call, const std::string& path, size_t* count) {
-  counts_[call]++;
-  calls_.push_back(std::string(CallName(call)) + " " + path);
-  for (Rule& r : rules_) {
-    // Short reads also apply to copy_file_range's source side.
-    const bool callMatches =
-        r.call == call || (r.type == kShortRead && call == kCopyFileRange);
-    if (!callMatches || !Matches(r.pattern, path)) continue;
-    r.seen++;
-    if (r.nth != 0 && r.seen != r.nth) continue;
-    switch (r.type) {
-      case kDelay: {
-        struct timespec t = {r.milliseconds / 1000, (r.milliseconds % 1000) * 1000000L};
-        while (nanosleep(&t, &t) != 0 && errno == EINTR) {
-        }
+  // The rules are looked at under the lock; delays are summed and slept
+  // after it is released, before the call fails or goes on.
+  long sleepMs = 0;
+  int failWith = 0;
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    counts_[call]++;
+    calls_.push_back(std::string(CallName(call)) + " " + path);
+    for (Rule& r : rules_) {
+      // Short reads also apply to copy_file_range's source side.
+      const bool callMatches =
+          r.call == call || (r.type == kShortRead && call == kCopyFileRange);
+      if (!callMatches || !Matches(r.pattern, path)) continue;
+      r.seen++;
+      if (r.nth != 0 && r.seen != r.nth) continue;
+      if (r.type == kDelay) {
+        sleepMs += r.milliseconds;
+      } else if (r.type == kFail) {
+        failWith = r.err;
         break;
+      } else if (count != nullptr && *count > r.maxBytes) {
+        *count = r.maxBytes;
       }
-      case kFail:
-        errno = r.err;
-        return -1;
-      case kShortRead:
-      case kShortWrite:
-        if (count != nullptr && *count > r.maxBytes) *count = r.maxBytes;
-        break;
     }
+  }
+  if (sleepMs > 0) {
+    struct timespec t = {sleepMs / 1000, (sleepMs % 1000) * 1000000L};
+    while (nanosleep(&t, &t) != 0 && errno == EINTR) {
+    }
+  }
+  if (failWith != 0) {
+    errno = failWith;
+    return -1;
   }
   return 0;
 }
 
 void FakeFileOps::AfterStat(const std::string& path, struct stat64* out) {
+  std::lock_guard<std::mutex> lock(mutex_);
   for (const auto& d : devices_)
     if (Matches(d.first, path)) out->st_dev = d.second;
 }
 
-void FakeFileOps::Opened(int fd, const std::string& path) { fds_[fd] = path; }
-void FakeFileOps::Closed(int fd) { fds_.erase(fd); }
-void FakeFileOps::OpenedFolder(void* dir, const std::string& path) { dirs_[dir] = path; }
-void FakeFileOps::ClosedFolder(void* dir) { dirs_.erase(dir); }
+void FakeFileOps::Opened(int fd, const std::string& path) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  fds_[fd] = path;
+}
+void FakeFileOps::Closed(int fd) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  fds_.erase(fd);
+}
+void FakeFileOps::OpenedFolder(void* dir, const std::string& path) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  dirs_[dir] = path;
+}
+void FakeFileOps::ClosedFolder(void* dir) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  dirs_.erase(dir);
+}
 
 std::string FakeFileOps::PathOf(int fd) const {
+  std::lock_guard<std::mutex> lock(mutex_);
   auto it = fds_.find(fd);
   return it == fds_.end() ? std::string() : it->second;
 }
 
 std::string FakeFileOps::FolderPath(void* dir) const {
+  std::lock_guard<std::mutex> lock(mutex_);
   auto it = dirs_.find(dir);
   return it == dirs_.end() ? std::string() : it->second;
 }

@@ -7,6 +7,10 @@
 // matching call. The fake also records every call and knows which folder
 // handles and descriptors are open.
 //
+// Calls may come from several threads at once (a worker thread runs the
+// blocking ones): rules, counters and records are kept under one lock, which
+// is never held while a delay sleeps or while the real call runs.
+//
 // Typical use:
 //   vt::FakeFileOps fake;                                  // installs itself
 //   fake.Fail(vt::FakeFileOps::kOpendir, EACCES, "*/locked");
@@ -20,6 +24,7 @@
 #include <sys/types.h>
 
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -60,11 +65,12 @@ class FakeFileOps {
 
   // How many times a call was made; the record "opendir /path", "read
   // /path", ... in order; open folder handles and descriptors right now.
-  int Count(Call call) const { return counts_[call]; }
-  const std::vector<std::string>& Calls() const { return calls_; }
+  // (Calls() is a copy, taken under the lock.)
+  int Count(Call call) const;
+  std::vector<std::string> Calls() const;
   void ClearCalls();
-  int OpenFolders() const { return static_cast<int>(dirs_.size()); }
-  int OpenDescriptors() const { return static_cast<int>(fds_.size()); }
+  int OpenFolders() const;
+  int OpenDescriptors() const;
   // The path a descriptor or folder handle was opened with ("" if unknown).
   std::string PathOf(int fd) const;
 
@@ -92,6 +98,8 @@ class FakeFileOps {
     int milliseconds = 0;
   };
   void Add(const Rule& rule);
+
+  mutable std::mutex mutex_;  // guards everything below but real_
 
   FileOpsSeam* real_;
   std::vector<Rule> rules_;

@@ -7,6 +7,10 @@
 #include <fcntl.h>
 #include <time.h>
 
+#include <atomic>
+#include <thread>
+#include <vector>
+
 #include "common/fake_fileops.h"
 #include "fileops/FileOpsSeam.h"
 #include "fileops_test_tree.h"
@@ -196,6 +200,49 @@ TEST(FakeFileOps, AtCallsMatchTheFullPathBelowTheFolderDescriptor) {
   EXPECT_EQ(g_FileOpsSeam.Unlinkat(dir, "gone", 0), 0);
   EXPECT_EQ(fake.Calls().back(), "unlinkat " + t.Path("d/gone"));
   g_FileOpsSeam.Close(dir);
+}
+
+TEST(FakeFileOps, TakesCallsFromSeveralThreadsAtOnce) {
+  // Four threads open, read, stat and close at the same time while a fifth
+  // sleeps in a delayed call: no call is lost from the counts or the
+  // record, and the sleeper holds nobody up.
+  vt::ScratchTree t;
+  t.File("a", 10);
+  t.File("slow", 10);
+  FakeFileOps fake;
+  fake.Delay(FakeFileOps::kStat, 1000, "*/slow");
+  std::atomic<bool> slowDone{false};
+  std::thread slow([&] {
+    struct stat64 st;
+    g_FileOpsSeam.Stat(t.Path("slow").c_str(), &st);
+    slowDone = true;
+  });
+  while (fake.Count(FakeFileOps::kStat) == 0) std::this_thread::yield();  // asleep now
+  std::vector<std::thread> threads;
+  const std::string a = t.Path("a");
+  for (int i = 0; i < 4; ++i)
+    threads.emplace_back([&a] {
+      for (int k = 0; k < 250; ++k) {
+        const int fd = g_FileOpsSeam.Open(a.c_str(), O_RDONLY, 0);
+        char buf[16];
+        if (fd >= 0) {
+          g_FileOpsSeam.Read(fd, buf, sizeof buf);
+          g_FileOpsSeam.Close(fd);
+        }
+        struct stat64 st;
+        g_FileOpsSeam.Stat(a.c_str(), &st);
+      }
+    });
+  for (std::thread& th : threads) th.join();
+  // The busy threads were done long before the delayed stat.
+  EXPECT_FALSE(slowDone.load());
+  slow.join();
+  EXPECT_EQ(fake.Count(FakeFileOps::kOpen), 1000);
+  EXPECT_EQ(fake.Count(FakeFileOps::kRead), 1000);
+  EXPECT_EQ(fake.Count(FakeFileOps::kClose), 1000);
+  EXPECT_EQ(fake.Count(FakeFileOps::kStat), 1001);
+  EXPECT_EQ(fake.Calls().size(), 4001u);
+  EXPECT_EQ(fake.OpenDescriptors(), 0);
 }
 
 }  // namespace
