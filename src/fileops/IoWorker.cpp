@@ -134,6 +134,7 @@ IoWorker::~IoWorker() {
 
 bool IoWorker::Run(std::function<void()> call, const std::function<bool()>& waiting,
                    int intervalMs) {
+  if (!call) return true;
   Shared& s = *m_shared;
   uint64_t ticket;
   {
