@@ -3,13 +3,14 @@
 # with VANTORI_SCREENSHOT set to the file to write:
 #   docs/browsing.png     the main window browsing C:\Documents
 #   docs/destination.png  the destination panel choosing a folder of E:
+#   docs/copying.png      the progress window of a copy from C: to E:
 # Needs a configured build (./dev.sh test or run).
-#   tools/screenshot-docs.sh [BUILD_DIR] [browsing|destination ...]
+#   tools/screenshot-docs.sh [BUILD_DIR] [browsing|destination|copying ...]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 BUILD=${1:-build}
 shift || true
-[ $# -gt 0 ] || set -- browsing destination
+[ $# -gt 0 ] || set -- browsing destination copying
 cmake --build "$BUILD" --target gui_tests
 docs=$PWD/docs
 cd "$BUILD/tests/gui_tests"
@@ -17,6 +18,7 @@ for name in "$@"; do
   case $name in
     browsing) filter='BrowsingScreenshot.*' ;;
     destination) filter='CopyOpensPanelTest.Screenshot' ;;
+    copying) filter='CopyScreenshot.*' ;;
     *) echo "unknown picture: $name" >&2; exit 2 ;;
   esac
   VANTORI_SCREENSHOT=$docs/$name.png xvfb-run -a -s "-screen 0 1280x1024x24" \

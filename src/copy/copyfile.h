@@ -18,6 +18,7 @@
 #include <wx/string.h>
 #include <wx/weakref.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -41,6 +42,15 @@ enum {
 
 // The size of the copy buffer and of one chunk.
 enum { COPY_CHUNK_SIZE = 0x100000 };
+
+// One per cent of a job's bytes, at least 1.
+int64_t CopyOnePercent(int64_t totalBytes);
+// The gauge's value for the bytes copied, never above 100 (the total may
+// have been counted short: a file grew after it was collected).
+int CopyGaugeValue(int64_t copiedBytes, int64_t onePercent);
+// The time left as "HH:MM:SS" from the rate so far; empty when no time has
+// passed yet or nothing was copied (no rate to go by).
+wxString CopyTimeLeft(int64_t totalBytes, int64_t copiedBytes, int64_t elapsedMs);
 
 class copyfile {
  public:
@@ -80,8 +90,42 @@ class copyfile {
   // The figures and problems as one record.
   CopyOutcome Outcome(int64_t result) const;
 
+  // The progress window went away in the middle of the job (its owner was
+  // closed): the file being copied is closed and its partial copy removed
+  // at once, so that its volume can be unmounted. The run itself ends at its
+  // next check.
+  void StopNow();
+
+  struct Transfer;  // one file being copied, shared with the worker thread
+
  private:
-  friend class CopyJobRun;
+  bool Cancelled() const;
+  // Lets pending events run; false when the window has gone meanwhile.
+  bool YieldAlive();
+  // True when the screen is due for new texts (at most every few ms).
+  bool ScreenDue();
+  void ShowTotals();
+  // The current item, done files and done size as they stand.
+  void ShowDone();
+  // When the screen is due: lets pending events run and shows the done
+  // texts. False when the window has gone meanwhile.
+  bool RefreshScreen();
+  void ShowTimeLeft(const wxString& text);
+  void AddItem(const std::string& fullPath, bool isFolder, int64_t size);
+  void Problem(const std::string& path, int kind, int error);
+  int MakeFolder(const std::string& destination, const wxString& shown);
+  int CopyOneFile(const std::string& source, const std::string& destination, const wxString& shown);
+  // Runs one file call on the worker thread, yielding while it takes long;
+  // false when the job was cancelled (or the window went) meanwhile.
+  bool RunIo(std::function<void()> call);
+  // Runs a call whose end the job needs (closing, removing) even when the
+  // job was cancelled; gives up only after a few seconds.
+  bool RunIoToEnd(std::function<void()> call);
+  // Hands a call to the worker thread without waiting for it (it runs after
+  // a step that hangs there, whenever that returns).
+  void PostIo(std::function<void()> call);
+  // Removes the partial copy of the file being copied.
+  void DropPartial(const std::shared_ptr<Transfer>& transfer);
 
   wxString m_sourcePath;
   uint32_t m_sourceLength;
@@ -101,7 +145,13 @@ class copyfile {
   int32_t m_itemsDone;
   int32_t m_status;
 
+  bool m_windowed;  // the job has a progress window (a job without one is never cancelled)
+  std::string m_sourceBytes;
+  std::string m_destBytes;
   IoWorker m_worker;
+  std::shared_ptr<Transfer> m_current;  // the file being copied, if any
   std::vector<CopyProblem> m_problems;
-  long m_lastShown;  // stopwatch time of the last refresh of the texts
+  wxString m_currentItem;  // the last item handled (mounted path)
+  wxStopWatch m_screenClock;
+  long m_lastShown;  // m_screenClock time of the last refresh of the screen
 };

@@ -8,6 +8,7 @@
 
 #include "destination/DeleteFile_dialog.h"
 #include "display/Conversion.h"
+#include "display/PathBytes.h"
 #include "fileops/WalkStatus.h"
 
 namespace {
@@ -99,17 +100,10 @@ wxString DeleteFileProgress::FailureMessage() const {
   return DeleteFailureMessage(m_walk.FailedCount(), m_walk.Failures());
 }
 
-std::string DeletePathBytes(const wxString& path) {
-  const wxScopedCharBuffer bytes = path.fn_str();
-  return std::string(bytes.data(), bytes.length());
-}
+std::string DeletePathBytes(const wxString& path) { return PathBytes(path); }
 
 wxString DeleteDisplayPath(const std::string& path, int maxLength) {
-  wxString text = wxString::FromUTF8(path.data(), path.size());
-  if (text.empty() && !path.empty()) {
-    for (unsigned char c : path) text += c < 0x80 ? wxUniChar(c) : wxUniChar('_');
-  }
-  return Conversion_Path(text, maxLength);
+  return Conversion_Path(PathFromBytes(path), maxLength);
 }
 
 wxString DeleteFailureReason(int error) {

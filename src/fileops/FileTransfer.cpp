@@ -77,6 +77,17 @@ int FileTransfer::Open() {
     m_failedEnd = kTransferSource;
     return -1;
   }
+  // A destination that is the source itself (the same folder chosen on
+  // both sides, or a hard link) would be emptied by the truncation before a
+  // byte of it was read: refused.
+  struct stat64 existing;
+  if (g_FileOpsSeam.Stat(m_destination.c_str(), &existing) == 0 && existing.st_dev == st.st_dev &&
+      existing.st_ino == st.st_ino) {
+    g_FileOpsSeam.Close(in);
+    m_error = EINVAL;
+    m_failedEnd = kTransferDestination;
+    return -1;
+  }
   const int out =
       g_FileOpsSeam.Open(m_destination.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   if (out < 0) {

@@ -502,3 +502,19 @@ TEST_F(FileTransferTest, AStuckReadOnTheWorkerIsAbandonedAndCleanedUpBehindIt) {
 }
 
 }  // namespace
+
+TEST_F(FileTransferTest, ASourceIsNeverItsOwnDestination) {
+  const std::string data = Bytes(10000);
+  vt::WriteFile(Src(), data);
+  ASSERT_EQ(link(Src().c_str(), tree.Path("hard.bin").c_str()), 0);
+  FakeFileOps fake;
+  for (const std::string& destination : {Src(), tree.Path("hard.bin")}) {
+    FileTransfer t(Src(), destination, Buffer(4096), 4096);
+    EXPECT_EQ(t.Open(), -1) << destination;
+    EXPECT_EQ(t.FailedEnd(), kTransferDestination);
+    EXPECT_EQ(t.Error(), EINVAL);
+    EXPECT_EQ(t.RemoveDestination(), 0);
+  }
+  EXPECT_EQ(vt::ReadFile(Src()), data) << "not truncated, not removed";
+  EXPECT_EQ(fake.OpenDescriptors(), 0);
+}

@@ -1,0 +1,307 @@
+// The copy job and its progress window on real files in a temporary folder:
+// what is collected, what is copied, what the window shows and what it
+// leaves behind.
+#include <errno.h>
+#include <stdlib.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+#include <wx/frame.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "common/CustomEvents.h"
+#include "common/fake_fileops.h"
+#include "common/gui_testing.h"
+#include "common/stdout_capture.h"
+#include "common/test_support.h"
+#include "copy/CopyAnswer.h"
+#include "copy/CopyOutcome.h"
+#include "copy/copyfile.h"
+#include "copy/my_dialog_gauge.h"
+#include "destination/Des_PathInfo.h"
+#include "display/Conversion.h"
+#include "timer_call.h"
+
+namespace {
+
+std::string Bytes(size_t size, unsigned seed) {
+  std::string data(size, '\0');
+  unsigned x = seed * 2654435761u + 1;
+  for (size_t i = 0; i < size; ++i) {
+    x = x * 1103515245u + 12345u;
+    data[i] = static_cast<char>(x >> 16);
+  }
+  return data;
+}
+
+bool Exists(const std::string& path) {
+  struct stat st;
+  return lstat(path.c_str(), &st) == 0;
+}
+
+my_dialog_gauge* OpenGauge() {
+  for (wxWindow* w : wxTopLevelWindows)
+    if (my_dialog_gauge* g = dynamic_cast<my_dialog_gauge*>(w))
+      if (!g->IsBeingDeleted()) return g;
+  return nullptr;
+}
+
+class CopyEngineTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/vantori-copy-XXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    root = pattern;
+    src = root + "/src/";
+    dst = root + "/dst/";
+    ASSERT_EQ(mkdir(src.c_str(), 0755), 0);
+    ASSERT_EQ(mkdir(dst.c_str(), 0755), 0);
+    host = new wxFrame(nullptr, wxID_ANY, "host", wxPoint(0, 0), wxSize(700, 500));
+    host->Bind(wxEventTypeTag<wxCommandEvent>(wxEVT_MY_CUSTOM_COMMAND),
+              [this](wxCommandEvent& e) { codes.push_back(e.GetId()); });
+    host->Show();
+    vt::Pump(30);
+    g_copy_dialog_return = COPY_ANSWER_YES_TO_ALL;
+  }
+  void TearDown() override {
+    host->Destroy();
+    vt::Pump(30);
+    std::filesystem::remove_all(root);
+  }
+
+  void Select(const std::vector<std::string>& names) {
+    g_Des_PathInfo.m_sourceItems.clear();
+    for (const std::string& n : names) g_Des_PathInfo.m_sourceItems.Add(wxString::FromUTF8(n));
+    g_Des_PathInfo.m_sourcePath = wxString::FromUTF8(src);
+    g_Des_PathInfo.m_destPath = wxString::FromUTF8(dst);
+  }
+
+  // Runs a copy as the copy command does; returns the window right after its
+  // constructor (it is destroyed at the next idle time, so its controls can
+  // still be read).
+  my_dialog_gauge* RunCopy() {
+    my_dialog_gauge* gauge = new my_dialog_gauge(host, -1, "Copying Data", wxPoint(250, 200),
+                                                 wxSize(500, 255), wxDEFAULT_DIALOG_STYLE);
+    return gauge;
+  }
+  void Settle() {
+    EXPECT_TRUE(vt::PumpUntil([] { return OpenGauge() == nullptr; }, 5000));
+    vt::Pump(20);
+  }
+
+  std::string root, src, dst;
+  wxFrame* host = nullptr;
+  std::vector<int> codes;
+};
+
+}  // namespace
+
+TEST(CopyFigures, OnePercentIsAtLeastOne) {
+  EXPECT_EQ(CopyOnePercent(0), 1);
+  EXPECT_EQ(CopyOnePercent(99), 1);
+  EXPECT_EQ(CopyOnePercent(250), 2);
+  EXPECT_EQ(CopyOnePercent(1LL << 40), (1LL << 40) / 100);
+}
+
+TEST(CopyFigures, GaugeIsClampedTo100) {
+  EXPECT_EQ(CopyGaugeValue(40, CopyOnePercent(40)), 40);  // a job under 100 bytes
+  EXPECT_EQ(CopyGaugeValue(250, CopyOnePercent(40)), 100);
+  EXPECT_EQ(CopyGaugeValue(5000, 10), 100);
+  EXPECT_EQ(CopyGaugeValue(0, 0), 0);
+}
+
+TEST(CopyFigures, TimeLeftNeedsElapsedTimeAndARate) {
+  EXPECT_EQ(CopyTimeLeft(100, 10, 0), "");
+  EXPECT_EQ(CopyTimeLeft(100, 0, 500), "");
+  // 1 MB per second so far, 3600 MB to go: one hour.
+  EXPECT_EQ(CopyTimeLeft(3601LL * 1000000, 1000000, 1000), "01:00:00");
+  EXPECT_EQ(CopyTimeLeft(100, 100, 7), "00:00:00");
+  EXPECT_EQ(CopyTimeLeft(100, 250, 7), "00:00:00");  // more copied than counted
+}
+
+TEST_F(CopyEngineTest, ASingleSelectedFileIsOneItemWithItsSize) {
+  vt::WriteFile(src + "one.bin", Bytes(12345, 1));
+  Select({"one.bin"});
+  copyfile job(g_Des_PathInfo.m_sourcePath, g_Des_PathInfo.m_destPath, nullptr);
+  EXPECT_EQ(job.GetAll_DirFileInfo(), 0);
+  ASSERT_EQ(job.Items().size(), 1u);
+  EXPECT_EQ(job.Items()[0].m_path, "one.bin");
+  EXPECT_FALSE(job.Items()[0].m_isFolder);
+  EXPECT_EQ(job.ItemCount(), 1);
+  EXPECT_EQ(job.TotalBytes(), 12345);
+}
+
+TEST_F(CopyEngineTest, ASelectedEmptyFolderAddsNothingAndAnEmptyFolderBelowIsOneItem) {
+  ASSERT_EQ(mkdir((src + "empty").c_str(), 0755), 0);
+  ASSERT_EQ(mkdir((src + "outer").c_str(), 0755), 0);
+  ASSERT_EQ(mkdir((src + "outer/inner").c_str(), 0755), 0);
+  Select({"empty"});
+  {
+    copyfile job(g_Des_PathInfo.m_sourcePath, g_Des_PathInfo.m_destPath, nullptr);
+    EXPECT_EQ(job.GetAll_DirFileInfo(), 0);
+    EXPECT_EQ(job.Items().size(), 0u);
+    EXPECT_EQ(job.ItemCount(), 0);
+    EXPECT_EQ(job.TotalBytes(), 0);
+  }
+  Select({"outer"});
+  copyfile job(g_Des_PathInfo.m_sourcePath, g_Des_PathInfo.m_destPath, nullptr);
+  EXPECT_EQ(job.GetAll_DirFileInfo(), 0);
+  ASSERT_EQ(job.Items().size(), 1u);
+  EXPECT_EQ(job.Items()[0].m_path, "outer/inner");
+  EXPECT_TRUE(job.Items()[0].m_isFolder);
+  EXPECT_EQ(job.ItemCount(), 0) << "folders do not count as items";
+}
+
+TEST_F(CopyEngineTest, HiddenEntriesAreCollectedAndFoldersPrecedeTheirContents) {
+  vt::WriteFile(src + "d/.hidden", "h");
+  vt::WriteFile(src + "d/.secret/x", "xx");
+  vt::WriteFile(src + "d/sub/deeper/y", "yyy");
+  Select({"d"});
+  copyfile job(g_Des_PathInfo.m_sourcePath, g_Des_PathInfo.m_destPath, nullptr);
+  EXPECT_EQ(job.GetAll_DirFileInfo(), 0);
+  std::vector<std::string> seen;
+  for (size_t i = 0; i < job.Items().size(); ++i) {
+    const DirFilePath& item = job.Items()[i];
+    const std::string path = item.m_path.utf8_string();
+    // Every item's folder was listed before it.
+    const size_t slash = path.rfind('/');
+    const std::string parent = path.substr(0, slash);
+    if (parent != "d")
+      EXPECT_NE(std::find(seen.begin(), seen.end(), parent), seen.end()) << path;
+    seen.push_back(path);
+  }
+  EXPECT_NE(std::find(seen.begin(), seen.end(), "d/.hidden"), seen.end());
+  EXPECT_NE(std::find(seen.begin(), seen.end(), "d/.secret/x"), seen.end());
+  EXPECT_EQ(job.ItemCount(), 3);
+  EXPECT_EQ(job.TotalBytes(), 6);
+}
+
+TEST_F(CopyEngineTest, AnEmptyFileBecomesAnEmptyFile) {
+  vt::WriteFile(src + "empty.txt", "");
+  copyfile job(wxString::FromUTF8(src), wxString::FromUTF8(dst), nullptr);
+  EXPECT_EQ(job.CreateFile(wxString::FromUTF8(src + "empty.txt"), wxString::FromUTF8(dst + "empty.txt")),
+            COPY_FILE_DONE);
+  struct stat st;
+  ASSERT_EQ(stat((dst + "empty.txt").c_str(), &st), 0);
+  EXPECT_EQ(st.st_size, 0);
+}
+
+TEST_F(CopyEngineTest, ACopyIsByteIdenticalKeepsModificationTimesAndShowsItsFigures) {
+  vt::WriteFile(src + "a.bin", Bytes(3 * 1024 * 1024 + 17, 2));
+  vt::WriteFile(src + "f/b.txt", "bee");
+  vt::WriteFile(src + "f/g/c.bin", Bytes(70000, 3));
+  struct timespec times[2] = {{1000000000, 0}, {1200000000, 500000000}};
+  ASSERT_EQ(utimensat(AT_FDCWD, (src + "f/g/c.bin").c_str(), times, 0), 0);
+  ASSERT_EQ(mkdir((dst + "f").c_str(), 0755), 0);  // made by the copy command
+  Select({"a.bin", "f"});
+  std::string out;
+  {
+    vt::StdoutCapture capture;
+    my_dialog_gauge* gauge = RunCopy();
+    out = capture.Stop();
+    EXPECT_EQ(gauge->m_totalFilesText->GetLabel(), "3");
+    EXPECT_EQ(gauge->m_doneFilesText->GetLabel(), "4") << "one folder and three files";
+    EXPECT_EQ(gauge->m_currentText->GetLabel(), Conversion_Path(wxString::FromUTF8(src + "f/g/c.bin"), 70));
+    const wxString kb = Conversion_Str(wxString::Format("%d", (3 * 1024 * 1024 + 17 + 3 + 70000) / 1024)) + " KB";
+    EXPECT_EQ(gauge->m_totalSizeText->GetLabel(), kb);
+    EXPECT_EQ(gauge->m_doneSizeText->GetLabel(), kb);
+    EXPECT_EQ(gauge->m_gauge->GetValue(), 100);
+    EXPECT_EQ(gauge->m_timeLeftText->GetLabel(), "00:00:00");
+    EXPECT_FALSE(host->IsEnabled()) << "the parent stays disabled while the window lives";
+  }
+  Settle();
+  EXPECT_TRUE(host->IsEnabled());
+  EXPECT_EQ(g_copy_dialog_return, COPY_ANSWER_NONE);
+  EXPECT_EQ(codes, std::vector<int>{MYCMD_OPEN_TARGET});
+  EXPECT_EQ(g_lastCopyOutcome.result, 1);
+  EXPECT_TRUE(g_lastCopyOutcome.problems.empty());
+  for (const char* name : {"a.bin", "f/b.txt", "f/g/c.bin"})
+    EXPECT_EQ(vt::ReadFile(dst + name), vt::ReadFile(src + name)) << name;
+  struct stat st;
+  ASSERT_EQ(stat((dst + "f/g/c.bin").c_str(), &st), 0);
+  EXPECT_EQ(st.st_mtim.tv_sec, 1200000000);
+  EXPECT_EQ(st.st_mtim.tv_nsec, 500000000);
+  EXPECT_EQ(out, "SourcePath = " + src + "\nDesPath = " + dst +
+                     "\nSelect_path = a.bin\nSelect_path = f\n");
+}
+
+TEST_F(CopyEngineTest, FoldersAreMadeWithTheHexadecimalMode777) {
+  vt::WriteFile(src + "f/g/c.txt", "c");
+  ASSERT_EQ(mkdir((dst + "f").c_str(), 0755), 0);  // made by the copy command
+  Select({"f"});
+  const mode_t mask = umask(022);
+  RunCopy();
+  Settle();
+  umask(mask);
+  struct stat st;
+  ASSERT_EQ(stat((dst + "f/g").c_str(), &st), 0);
+  // 0x777 is 03567 in octal: the permission bits keep 0567 less the umask.
+  EXPECT_EQ(st.st_mode & 0777, 0x777 & 0777 & ~022);
+  EXPECT_EQ(vt::ReadFile(dst + "f/g/c.txt"), "c");
+}
+
+TEST_F(CopyEngineTest, AJobUnder100BytesMovesTheGaugeByBytes) {
+  vt::WriteFile(src + "small.txt", std::string(40, 's'));
+  Select({"small.txt"});
+  my_dialog_gauge* gauge = RunCopy();
+  EXPECT_EQ(gauge->m_gauge->GetValue(), 40);
+  Settle();
+}
+
+TEST_F(CopyEngineTest, AReadErrorLeavesNoPartialFileAndTheCopyGoesOn) {
+  vt::WriteFile(src + "bad.bin", Bytes(3 * 1024 * 1024, 4));
+  vt::WriteFile(src + "good.bin", Bytes(5000, 5));
+  vt::FakeFileOps files;
+  // copy_file_range would move the chunks past the read call.
+  files.Fail(vt::FakeFileOps::kCopyFileRange, EXDEV);
+  files.Fail(vt::FakeFileOps::kRead, EIO, "*/src/bad.bin", 2);
+  Select({"bad.bin", "good.bin"});
+  RunCopy();
+  Settle();
+  EXPECT_FALSE(Exists(dst + "bad.bin")) << "no truncated copy of a file that could not be read";
+  EXPECT_EQ(vt::ReadFile(dst + "good.bin"), vt::ReadFile(src + "good.bin"));
+  EXPECT_EQ(g_lastCopyOutcome.result, 1);
+  ASSERT_EQ(g_lastCopyOutcome.problems.size(), 1u);
+  EXPECT_EQ(g_lastCopyOutcome.problems[0].kind, kCopyReadFailed);
+  EXPECT_EQ(g_lastCopyOutcome.problems[0].error, EIO);
+  EXPECT_EQ(g_lastCopyOutcome.problems[0].path, src + "bad.bin");
+  EXPECT_EQ(files.OpenDescriptors(), 0);
+}
+
+TEST_F(CopyEngineTest, ACancelBetweenTwoFilesTakesEffectAtTheNextFilesFirstChunk) {
+  vt::WriteFile(src + "a.txt", "first");
+  vt::WriteFile(src + "b.txt", "second");
+  vt::WriteFile(src + "c.txt", "third");
+  vt::FakeFileOps files;
+  // Closing a.txt's copy takes a while: the Cancel comes then, after its
+  // last chunk and before b.txt.
+  files.Delay(vt::FakeFileOps::kClose, 300, "*/dst/a.txt");
+  const std::string copyOfA = dst + "a.txt";
+  vt::TimerCall canceller(5, [&copyOfA] {
+    my_dialog_gauge* g = OpenGauge();
+    if (g && Exists(copyOfA) && vt::ReadFile(copyOfA) == "first") g->m_cancel = true;
+  });
+  Select({"a.txt", "b.txt", "c.txt"});
+  RunCopy();
+  Settle();
+  EXPECT_EQ(vt::ReadFile(dst + "a.txt"), "first") << "a file closing at the Cancel is complete";
+  EXPECT_FALSE(Exists(dst + "b.txt")) << "the next file's partial copy is removed";
+  EXPECT_FALSE(Exists(dst + "c.txt"));
+  EXPECT_EQ(g_lastCopyOutcome.result, 10);
+  int readsOfB = 0, opensOfC = 0;
+  for (const std::string& call : files.Calls()) {
+    const bool moves = call.find("read") == 0 || call.find("copy_file_range") == 0;
+    if (moves && call.find("/src/b.txt") != std::string::npos) ++readsOfB;
+    if (call.find("open") == 0 && call.find("/src/c.txt") != std::string::npos) ++opensOfC;
+  }
+  EXPECT_EQ(readsOfB, 1) << "b.txt was opened and its first chunk read";
+  EXPECT_EQ(opensOfC, 0);
+  EXPECT_TRUE(host->IsEnabled());
+  EXPECT_EQ(files.OpenDescriptors(), 0);
+}
