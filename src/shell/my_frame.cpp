@@ -19,6 +19,8 @@
 #include "common/ImageFiles.h"
 #include "common/ResourcePaths.h"
 #include "copy/CopyStart.h"
+#include "copy/copyfile.h"
+#include "copy/my_dialog_gauge.h"
 #include "destination/Des_PathInfo.h"
 #include "destination/Des_Panel.h"
 #include "dialogs/CBusyMsgBox.h"
@@ -182,6 +184,14 @@ my_frame::~my_frame() {
   // A count that is yielding when the frame goes away stops at once; the
   // dialog goes with the frame, and the count sees that it has gone.
   if (m_propertiesDialog) m_propertiesDialog->m_cancel = true;
+  // A copy that is yielding stops too, and the file it was copying is closed
+  // and its partial copy removed now, before the volumes are unmounted.
+  for (wxWindow* child : GetChildren()) {
+    my_dialog_gauge* gauge = dynamic_cast<my_dialog_gauge*>(child);
+    if (gauge == nullptr) continue;
+    gauge->m_cancel = true;
+    if (gauge->m_job) gauge->m_job->StopNow();
+  }
   // A frame deleted between a press and its release still holds the mouse.
   if (HasCapture()) ReleaseMouse();
   settings::CCtrlConfig::UnInstance();
