@@ -17,6 +17,10 @@ class copy_dialog : public wxDialog {
 
   void SetcopyLableMessage(const wxString& text);
 
+  // Shows the dialog at the place it was created with (the toolkit would
+  // centre a dialog on its parent when it first appears).
+  bool Show(bool show = true) override;
+
   void OnButtonYes(wxCommandEvent& event);
   void OnButtonYestoall(wxCommandEvent& event);
   void OnButtonNo(wxCommandEvent& event);
@@ -32,6 +36,8 @@ class copy_dialog : public wxDialog {
  private:
   // Stores the answer and ends the dialog.
   void Answer(int value);
+
+  wxPoint m_fixedPosition;
 
   DECLARE_EVENT_TABLE()
 };

@@ -1,6 +1,7 @@
 #include "shell/my_frame.h"
 
 #include <wx/config.h>
+#include <wx/filename.h>
 #include <wx/dcclient.h>
 #include <wx/fileconf.h>
 #include <wx/image.h>
@@ -13,12 +14,16 @@
 #include <cstdio>
 
 #include "browser/L_listctrl.h"
+#include "browser/ListingLogic.h"
 #include "browser/my_DirTreeCtrl.h"
 #include "browser/my_listctrl.h"
 #include "common/CustomEvents.h"
 #include "common/ImageFiles.h"
 #include "common/ResourcePaths.h"
+#include "copy/CopyAnswer.h"
 #include "copy/CopyStart.h"
+#include "copy/ReplaceQuestions.h"
+#include "copy/copy_dialog.h"
 #include "copy/copyfile.h"
 #include "copy/my_dialog_gauge.h"
 #include "destination/Des_PathInfo.h"
@@ -32,6 +37,7 @@
 #include "help/HelpDia.h"
 #include "help/KelnoraAboutDialog.h"
 #include "settings/CCtrlConfig.h"
+#include "shell/CAutoDisablewxLogging_frame.h"
 #include "widgets/CCtrlGenerate.h"
 #include "widgets/keln_BitmapButton.h"
 
@@ -76,6 +82,26 @@ void SetButtonPictures(keln_BitmapButton* button, int index) {
   button->SetBitmap_Hover(info.GetRes(1));
   button->SetBitmap_Select(info.GetRes(2));
   button->SetBitmap_Disabled(info.GetRes(3));
+}
+
+// Asks one replacement question with the frame as parent; the dialog stores
+// the answer in g_copy_dialog_return and destroys itself.
+int AskReplacement(wxWindow* parent, const wxString& title, const wxString& text) {
+  copy_dialog* dialog = new copy_dialog(parent, -1, title, wxPoint(250, 230), wxSize(500, 170),
+                                        wxDEFAULT_DIALOG_STYLE, 1);
+  dialog->SetcopyLableMessage(text);
+  dialog->ShowModal();
+  return g_copy_dialog_return;
+}
+
+// Creates a destination folder with every missing parent; when that fails,
+// tells the user and returns false. (0x777 is the permission value folders
+// have always been created with; the volumes hold no permissions.)
+bool MakeDestinationFolder(const wxString& path) {
+  if (wxFileName::Mkdir(path, 0x777, wxPATH_MKDIR_FULL)) return true;
+  const int error = wxSysErrorCode();
+  wxMessageBox(FolderCreateFailureMessage(error, path), FolderErrorCaption(), wxOK);
+  return false;
 }
 
 }  // namespace
@@ -272,6 +298,68 @@ void my_frame::OnButtonCopy(wxCommandEvent& /*event*/) {
   }
   m_targetPath = target;
   g_Des_PathInfo.m_destPath = target + "/";
+  if (GetSourcePath() == -1) return;
+}
+
+int my_frame::GetSourcePath() {
+  const wxString folderQuestion = FolderQuestionFormat();
+  const wxString fileQuestion = FileQuestionFormat();
+  const wxString folderTitle = wxGetTranslation("Confirmation of Folder Replacement");
+  const wxString fileTitle = wxGetTranslation("Confirmation of File Replacement");
+
+  CAutoDisablewxLogging_frame quiet;
+  g_Des_PathInfo.m_sourceItems.Clear();
+  // A question's modal loop may see the frame go with the host's window.
+  wxWeakRef<my_frame> self(this);
+
+  if (tree->GetIsLastFocus_treectrl()) {
+    // The tree's folder is copied as a whole into a folder of its name.
+    g_Des_PathInfo.m_sourcePath = tree->GetPath();
+    wxString name;
+    if (!TreeSourceName(g_Des_PathInfo.m_sourcePath, &name)) return 0;
+    const wxString candidate = g_Des_PathInfo.m_destPath + name;
+    if (wxDirExists(candidate)) {
+      const int answer =
+          AskReplacement(this, folderTitle, ReplaceQuestionText(folderQuestion, name));
+      if (!self || TreeFolderAnswerStep(answer) == REPLACE_ABANDON) return -1;
+    }
+    if (!MakeDestinationFolder(candidate)) return -1;
+    g_Des_PathInfo.m_destPath = candidate;
+    return 0;
+  }
+
+  if (list->GetIsLastFocus_listctrl()) {
+    g_Des_PathInfo.m_sourcePath = list->GetCurrentListctrlPath();
+    wxListCtrl* rows = list->GetListCtrl();
+    bool yesToAllFiles = false;
+    const int count = rows->GetItemCount();
+    for (int i = 0; i < count; ++i) {
+      if (rows->GetItemState(i, wxLIST_STATE_SELECTED) != wxLIST_STATE_SELECTED) continue;
+      const wxString name = rows->GetItemText(i);
+      if (listing::IsDotRowText(name)) continue;
+      const wxString source = g_Des_PathInfo.m_sourcePath + name;
+      const wxString target = g_Des_PathInfo.m_destPath + name;
+      ReplaceStep step = REPLACE_COPY;
+      if (!wxDirExists(source)) {
+        if (AskFileQuestion(wxFileExists(target), yesToAllFiles)) {
+          const int answer =
+              AskReplacement(this, fileTitle, ReplaceQuestionText(fileQuestion, name));
+          if (!self) return -1;
+          step = FileAnswerStep(answer, &yesToAllFiles);
+        }
+      } else if (!wxDirExists(target)) {
+        if (!MakeDestinationFolder(target)) return -1;
+      } else if (AskFolderQuestion(true, g_copy_dialog_return)) {
+        const int answer =
+            AskReplacement(this, folderTitle, ReplaceQuestionText(folderQuestion, name));
+        if (!self) return -1;
+        step = FolderAnswerStep(answer, &g_copy_dialog_return);
+      }
+      if (step == REPLACE_ABANDON) return -1;
+      if (step == REPLACE_COPY) g_Des_PathInfo.m_sourceItems.Add(name);
+    }
+  }
+  return g_Des_PathInfo.m_sourceItems.IsEmpty() ? -1 : 0;
 }
 
 void my_frame::OnRefresh(wxCommandEvent& /*event*/) {

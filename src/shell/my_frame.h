@@ -71,6 +71,13 @@ class my_frame : public wxPanel {
   // dialog; 10 when the count was stopped, 1 otherwise.
   int count_DirFileInfo(wxString path);
 
+  // Resolves the copy source into g_Des_PathInfo (the selected names, the
+  // source folder, the destination folder of a tree source), asks before
+  // replacing files or merging into folders of the destination and creates
+  // the destination folders of selected folders. 0 to go on with the copy,
+  // -1 to abandon it.
+  int GetSourcePath();
+
   // The folder that command code 1401 shows (the copy command fills it).
   void SetTargetPath(const wxString& path) { m_targetPath = path; }
   const wxString& GetTargetPath() const { return m_targetPath; }
