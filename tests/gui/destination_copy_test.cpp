@@ -5,6 +5,8 @@
 // also saved there as a PNG (tools/screenshot-docs.sh).
 #include "destination_env.h"
 
+#include <wx/filefn.h>
+
 #include <cstdlib>
 #include <sys/stat.h>
 
@@ -140,7 +142,9 @@ TEST_F(CopyOpensPanelTest, FromTheTreeOkWithAFolderSelected) {
                   return static_cast<int>(wxID_CANCEL);
                 }));
   EXPECT_EQ(g_Des_PathInfo.m_sourcePath, "/mnt/C/docs");
-  EXPECT_EQ(g_Des_PathInfo.m_destPath, "/mnt/D/target/");
+  // The tree's folder goes as a whole into a folder of its name, made at once.
+  EXPECT_EQ(g_Des_PathInfo.m_destPath, "/mnt/D/target/docs");
+  EXPECT_TRUE(wxDirExists("/mnt/D/target/docs"));
   EXPECT_EQ(frame->GetTargetPath(), "/mnt/D/target");
 }
 
