@@ -12,6 +12,13 @@ wxString AsFormat(const wxString& text) {
   return format;
 }
 
+// No skips the row, Cancel abandons the copy, every other answer copies.
+ReplaceStep StepOfAnswer(int answer) {
+  if (answer == COPY_ANSWER_NO) return REPLACE_SKIP;
+  if (answer == COPY_ANSWER_CANCEL) return REPLACE_ABANDON;
+  return REPLACE_COPY;
+}
+
 }  // namespace
 
 wxString FolderQuestionFormat() {
@@ -44,17 +51,8 @@ bool AskFileQuestion(bool targetIsFile, bool yesToAllFiles) {
 }
 
 ReplaceStep FileAnswerStep(int answer, bool* yesToAllFiles) {
-  switch (answer) {
-    case COPY_ANSWER_NO:
-      return REPLACE_SKIP;
-    case COPY_ANSWER_CANCEL:
-      return REPLACE_ABANDON;
-    case COPY_ANSWER_YES_TO_ALL:
-      *yesToAllFiles = true;
-      return REPLACE_COPY;
-    default:
-      return REPLACE_COPY;
-  }
+  if (answer == COPY_ANSWER_YES_TO_ALL) *yesToAllFiles = true;
+  return StepOfAnswer(answer);
 }
 
 bool AskFolderQuestion(bool targetIsFolder, int sharedAnswer) {
@@ -62,20 +60,11 @@ bool AskFolderQuestion(bool targetIsFolder, int sharedAnswer) {
 }
 
 ReplaceStep FolderAnswerStep(int answer, int* sharedAnswer) {
-  switch (answer) {
-    case COPY_ANSWER_NO:
-      // Kept as it has always been: after one No, the later existing
-      // folders of this copy are merged without a question.
-      *sharedAnswer = COPY_ANSWER_YES_TO_ALL;
-      return REPLACE_SKIP;
-    case COPY_ANSWER_CANCEL:
-      return REPLACE_ABANDON;
-    case COPY_ANSWER_YES_TO_ALL:
-      *sharedAnswer = COPY_ANSWER_YES_TO_ALL;
-      return REPLACE_COPY;
-    default:
-      return REPLACE_COPY;
-  }
+  // A No also leaves Yes To All behind, as it always has: after one No, the
+  // later existing folders of this copy are merged without a question.
+  if (answer == COPY_ANSWER_NO || answer == COPY_ANSWER_YES_TO_ALL)
+    *sharedAnswer = COPY_ANSWER_YES_TO_ALL;
+  return StepOfAnswer(answer);
 }
 
 ReplaceStep TreeFolderAnswerStep(int answer) {

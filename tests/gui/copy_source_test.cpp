@@ -100,6 +100,18 @@ class CopySourceTest : public vt::FrameOnTestVolumes {
     frame->GetListCtrl()->SetIsLastFocus_listctrl(false);
     frame->GetTreeCtrl()->SetIsLastFocus_treectrl(true);
   }
+  // Runs the source resolution expecting the one message of a destination
+  // folder that cannot be made; the copy is abandoned.
+  void ExpectFolderNotCreated() {
+    vt::SeenBox box;
+    int rc = -2;
+    wxTEST_DIALOG(rc = frame->GetSourcePath(), MessageSeen(&box));
+    EXPECT_EQ(rc, -1);
+    EXPECT_EQ(box.message, "Create folder is error !");
+    EXPECT_EQ(box.caption, "Confirm Folder");
+    EXPECT_EQ(box.style & (wxOK | wxCANCEL | wxYES_NO), wxOK);
+    EXPECT_EQ(box.count, 1);
+  }
   void Copy() {
     wxCommandEvent ev(wxEVT_BUTTON, ID_MYFRAME_COPY);
     frame->GetEventHandler()->ProcessEvent(ev);
@@ -162,13 +174,7 @@ TEST_F(CopySourceTest, TheQuestionStandsAtItsPlaceOverTheFrame) {
 TEST_F(CopySourceTest, TreeFolderThatCannotBeCreatedIsReported) {
   TreeSource("/mnt/C/docs");
   vt::WriteFile("/mnt/E/dest/docs", "a file where the folder would go");
-  vt::SeenBox box;
-  int rc = -2;
-  wxTEST_DIALOG(rc = frame->GetSourcePath(), MessageSeen(&box));
-  EXPECT_EQ(rc, -1);
-  EXPECT_EQ(box.message, "Create folder is error !");
-  EXPECT_EQ(box.caption, "Confirm Folder");
-  EXPECT_EQ(box.count, 1);
+  ExpectFolderNotCreated();
   EXPECT_EQ(g_Des_PathInfo.m_destPath, "/mnt/E/dest/");
   EXPECT_EQ(vt::ReadFile("/mnt/E/dest/docs"), "a file where the folder would go");
 }
@@ -309,13 +315,7 @@ TEST_F(CopySourceTest, DestinationFolderIsMadeEvenWhenALaterRowCancels) {
 TEST_F(CopySourceTest, FolderThatCannotBeCreatedIsReportedAndAbandonsTheCopy) {
   vt::WriteFile("/mnt/E/dest/docs", "a file named like the folder");
   ListSource("/mnt/C", {"alpha", "docs", "b.txt"});
-  vt::SeenBox box;
-  int rc = -2;
-  wxTEST_DIALOG(rc = frame->GetSourcePath(), MessageSeen(&box));
-  EXPECT_EQ(rc, -1);
-  EXPECT_EQ(box.message, "Create folder is error !");
-  EXPECT_EQ(box.caption, "Confirm Folder");
-  EXPECT_EQ(box.style & (wxOK | wxCANCEL | wxYES_NO), wxOK);
+  ExpectFolderNotCreated();
   EXPECT_TRUE(wxDirExists("/mnt/E/dest/alpha")) << "the earlier row's folder stays";
 }
 
