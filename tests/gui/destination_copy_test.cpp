@@ -66,29 +66,9 @@ class CopyOpensPanelTest : public ::testing::Test {
   my_listctrl* list = nullptr;
 };
 
-void Press(Des_Panel* panel, int id) {
-  wxCommandEvent ev(wxEVT_BUTTON, id);
-  panel->GetEventHandler()->ProcessEvent(ev);
-}
-void Choose(Des_Panel* panel, int row) {
-  panel->GetDriveChoice()->SetSelection(row);
-  wxCommandEvent ev(wxEVT_COMBOBOX, ID_DES_DRIVE_CHOICE);
-  ev.SetInt(row);
-  panel->GetEventHandler()->ProcessEvent(ev);
-}
-// Walks into `name` of the panel's list as a double-click does.
-void Open(Des_Panel* panel, const wxString& name) {
-  wxListCtrl* rows = panel->GetDesList()->GetListView();
-  for (long i = 0; i < rows->GetItemCount(); ++i) {
-    if (rows->GetItemText(i) != name) continue;
-    wxListEvent act(wxEVT_LIST_ITEM_ACTIVATED, FolderListCtrl::kListId);
-    act.m_itemIndex = i;
-    act.SetEventObject(rows);
-    rows->GetEventHandler()->ProcessEvent(act);
-    return;
-  }
-  ADD_FAILURE() << "no row " << name.utf8_string();
-}
+void Press(Des_Panel* panel, int id) { vt::PressPanelButton(panel, id); }
+void Choose(Des_Panel* panel, int row) { vt::ChoosePanelVolume(panel, row); }
+void Open(Des_Panel* panel, const wxString& name) { vt::OpenPanelRow(panel, name); }
 
 }  // namespace
 

@@ -61,6 +61,33 @@ class DestListWindow : public ListDriver {
   std::vector<int> codes;
 };
 
+// The destination panel driven as a user drives it (events of its controls).
+// Presses one of its buttons.
+inline void PressPanelButton(Des_Panel* panel, int id) {
+  wxCommandEvent ev(wxEVT_BUTTON, id);
+  panel->GetEventHandler()->ProcessEvent(ev);
+}
+// Chooses row `row` of its volume chooser.
+inline void ChoosePanelVolume(Des_Panel* panel, int row) {
+  panel->GetDriveChoice()->SetSelection(row);
+  wxCommandEvent ev(wxEVT_COMBOBOX, ID_DES_DRIVE_CHOICE);
+  ev.SetInt(row);
+  panel->GetEventHandler()->ProcessEvent(ev);
+}
+// Walks into `name` of its list as a double-click does.
+inline void OpenPanelRow(Des_Panel* panel, const wxString& name) {
+  wxListCtrl* rows = panel->GetDesList()->GetListView();
+  for (long i = 0; i < rows->GetItemCount(); ++i) {
+    if (rows->GetItemText(i) != name) continue;
+    wxListEvent act(wxEVT_LIST_ITEM_ACTIVATED, FolderListCtrl::kListId);
+    act.m_itemIndex = i;
+    act.SetEventObject(rows);
+    rows->GetEventHandler()->ProcessEvent(act);
+    return;
+  }
+  ADD_FAILURE() << "no row " << name.utf8_string();
+}
+
 // A message box as it was shown: text, caption, style and parent.
 struct SeenBox {
   wxString message;
