@@ -299,6 +299,12 @@ void my_frame::OnButtonCopy(wxCommandEvent& /*event*/) {
   m_targetPath = target;
   g_Des_PathInfo.m_destPath = target + "/";
   if (GetSourcePath() == -1) return;
+  // The progress dialog runs the whole copy in its constructor and destroys
+  // itself; the host may close the frame during the run, so nothing of the
+  // frame is touched after it.
+  new my_dialog_gauge(this, -1, wxGetTranslation("Copying Data"), wxPoint(250, 200),
+                      wxSize(500, 255), wxDEFAULT_DIALOG_STYLE);
+  g_Des_PathInfo.m_result = DES_RESULT_CANCEL;
 }
 
 int my_frame::GetSourcePath() {
