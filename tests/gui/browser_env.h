@@ -142,6 +142,16 @@ class TestVolumes {
   std::string dirA_, dirB_;
 };
 
+// The child item of `parent` labelled `label`, or an invalid id.
+inline wxTreeItemId TreeChildNamed(wxTreeCtrl* tree, const wxTreeItemId& parent,
+                                   const wxString& label) {
+  wxTreeItemIdValue cookie;
+  for (wxTreeItemId c = tree->GetFirstChild(parent, cookie); c.IsOk();
+       c = tree->GetNextChild(parent, cookie))
+    if (tree->GetItemText(c) == label) return c;
+  return wxTreeItemId();
+}
+
 // Rows, cells and input of a window holding one file list (`folderList`):
 // what every file list's tests drive.
 class ListDriver {
@@ -257,11 +267,7 @@ class BrowserWindow : public ListDriver {
   }
 
   wxTreeItemId TreeChild(const wxTreeItemId& parent, const wxString& label) const {
-    wxTreeItemIdValue cookie;
-    for (wxTreeItemId c = T()->GetFirstChild(parent, cookie); c.IsOk();
-         c = T()->GetNextChild(parent, cookie))
-      if (T()->GetItemText(c) == label) return c;
-    return wxTreeItemId();
+    return TreeChildNamed(T(), parent, label);
   }
   std::vector<wxString> TreeChildren(const wxTreeItemId& parent) const {
     std::vector<wxString> v;

@@ -26,31 +26,19 @@
 #include "copy/my_dialog_gauge.h"
 #include "destination/Des_PathInfo.h"
 #include "display/Conversion.h"
+#include "copy_env.h"
 #include "timer_call.h"
 
 namespace {
 
-std::string Bytes(size_t size, unsigned seed) {
-  std::string data(size, '\0');
-  unsigned x = seed * 2654435761u + 1;
-  for (size_t i = 0; i < size; ++i) {
-    x = x * 1103515245u + 12345u;
-    data[i] = static_cast<char>(x >> 16);
-  }
-  return data;
-}
+std::string Bytes(size_t size, unsigned seed) { return vt::PatternBytes(size, seed); }
 
 bool Exists(const std::string& path) {
   struct stat st;
   return lstat(path.c_str(), &st) == 0;
 }
 
-my_dialog_gauge* OpenGauge() {
-  for (wxWindow* w : wxTopLevelWindows)
-    if (my_dialog_gauge* g = dynamic_cast<my_dialog_gauge*>(w))
-      if (!g->IsBeingDeleted()) return g;
-  return nullptr;
-}
+using vt::OpenGauge;
 
 class CopyEngineTest : public ::testing::Test {
  protected:

@@ -21,6 +21,7 @@
 #include "copy/CopyAnswer.h"
 #include "copy/CopyOutcome.h"
 #include "copy/my_dialog_gauge.h"
+#include "copy_env.h"
 #include "copy_questions_env.h"
 #include "destination/Des_PathInfo.h"
 #include "destination_env.h"
@@ -35,16 +36,7 @@ const char kFileTitle[] = "Confirmation of File Replacement";
 const char kSource[] = "/mnt/C/data";
 const char kTarget[] = "/mnt/E/backup";
 
-// Bytes that differ from file to file and from offset to offset.
-std::string Bytes(size_t size, unsigned seed) {
-  std::string data(size, '\0');
-  unsigned x = seed * 2654435761u + 7;
-  for (size_t i = 0; i < size; ++i) {
-    x = x * 1103515245u + 12345u;
-    data[i] = static_cast<char>(x >> 16);
-  }
-  return data;
-}
+std::string Bytes(size_t size, unsigned seed) { return vt::PatternBytes(size, seed); }
 
 std::string U8(const wxString& s) { return s.utf8_string(); }
 
@@ -74,12 +66,7 @@ std::vector<std::string> TreeNames(const std::string& dir) {
   return v;
 }
 
-my_dialog_gauge* OpenGauge() {
-  for (wxWindow* w : wxTopLevelWindows)
-    if (my_dialog_gauge* g = dynamic_cast<my_dialog_gauge*>(w))
-      if (!g->IsBeingDeleted()) return g;
-  return nullptr;
-}
+using vt::OpenGauge;
 
 std::vector<wxString> Titles(const std::vector<vt::SeenQuestion>& seen) {
   std::vector<wxString> v;
@@ -178,11 +165,7 @@ class CopyUserPathTest : public vt::FrameOnTestVolumes {
     ASSERT_TRUE(parent.IsOk());
     t->Expand(parent);
     vt::Pump(50);
-    wxTreeItemIdValue cookie;
-    wxTreeItemId item;
-    for (wxTreeItemId c = t->GetFirstChild(parent, cookie); c.IsOk();
-         c = t->GetNextChild(parent, cookie))
-      if (t->GetItemText(c) == name) item = c;
+    const wxTreeItemId item = vt::TreeChildNamed(t, parent, name);
     ASSERT_TRUE(item.IsOk()) << U8(name);
     t->EnsureVisible(item);
     vt::Pump(30);
