@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "common/fake_fileops.h"
 #include "copy/CopyAnswer.h"
 #include "copy/CopyOutcome.h"
 #include "copy/my_dialog_gauge.h"
@@ -26,6 +27,7 @@
 #include "destination/Des_PathInfo.h"
 #include "destination_env.h"
 #include "frame_on_volumes_env.h"
+#include "timer_call.h"
 
 namespace {
 
@@ -485,6 +487,36 @@ TEST_F(CopyUserPathTest, YesToAllLastsOneCopyCommand) {
     EXPECT_TRUE(SameFile("a.exe"));
     EXPECT_TRUE(SameFile("b.txt"));
   }
+}
+
+TEST_F(CopyUserPathTest, HostWindowClosedDuringTheCopy) {
+  // Every chunk of big.bin takes its time: the host's window is closed
+  // while the progress dialog runs. The command must end without touching
+  // the frame that went with it, and no partial file may stay behind.
+  vt::FakeFileOps files;
+  files.Delay(vt::FakeFileOps::kRead, 150, "*/data/big.bin");
+  files.Delay(vt::FakeFileOps::kCopyFileRange, 150, "*/data/big.bin");
+  SelectRows({"b.txt", "big.bin"});
+  wxFrame* host = top;
+  bool closed = false;
+  vt::TimerCall closer(20, [&] {
+    if (closed || vt::OpenGauge() == nullptr) return;
+    closed = true;
+    host->Destroy();
+  });
+  wxTEST_DIALOG(PressCopy(), ChooseBackupOnE());
+  closer.Stop();
+  ASSERT_TRUE(closed) << "the window was closed while the copy ran";
+  top = nullptr;  // gone, with the frame
+  frame = nullptr;
+  list = nullptr;
+  EXPECT_TRUE(vt::PumpUntil([] { return vt::OpenGauge() == nullptr; }, 10000));
+  vt::Pump(50);
+  EXPECT_EQ(g_Des_PathInfo.m_result, DES_RESULT_CANCEL) << "the command ran to its end";
+  EXPECT_NE(g_lastCopyOutcome.result, 1) << "the copy was stopped";
+  // big.bin is either absent or whole.
+  if (fs::exists(Dst("big.bin"))) EXPECT_TRUE(SameFile("big.bin"));
+  if (fs::exists(Dst("b.txt"))) EXPECT_TRUE(SameFile("b.txt"));
 }
 
 }  // namespace
