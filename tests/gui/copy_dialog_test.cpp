@@ -80,7 +80,7 @@ TEST_F(CopyDialogTest, LayoutOfTheFourButtonsAndTheLabel) {
     EXPECT_EQ(w.button->GetSize(), wxSize(80, 28)) << w.label;
     EXPECT_EQ(w.button->GetParent(), d);
   }
-  // No button carries the standard ids the toolkit would treat specially.
+  // No button carries a standard id that the toolkit would act on by itself.
   EXPECT_EQ(d->FindWindow(wxID_CANCEL), nullptr);
   EXPECT_EQ(d->FindWindow(wxID_OK), nullptr);
   EXPECT_EQ(d->GetChildren().GetCount(), 5u);
