@@ -14,7 +14,7 @@ PACKAGES=(
   build-essential cmake ninja-build pkg-config python3
   libwxgtk3.2-dev libgtest-dev clang libclang-rt-14-dev
   xvfb xauth x11-utils xdotool imagemagick fonts-dejavu-core
-  ntfs-3g dosfstools fdisk util-linux strace
+  ntfs-3g dosfstools fdisk util-linux strace libfuse3-dev fuse3
   qemu-system-x86 linux-image-amd64 busybox-static cpio kmod
 )
 
