@@ -79,7 +79,8 @@ bool Reap(pid_t pid, int timeoutMs, int* status) {
 
 bool FaultFs::IsFaultFsMountedAt(const std::string& path) {
   char real[PATH_MAX];
-  if (!realpath(path.c_str(), real)) return false;
+  // A mount whose server is gone cannot be resolved: its path as given then.
+  if (!realpath(path.c_str(), real)) snprintf(real, sizeof real, "%s", path.c_str());
   std::ifstream in("/proc/self/mountinfo");
   std::string line;
   while (std::getline(in, line)) {
@@ -92,7 +93,7 @@ bool FaultFs::IsFaultFsMountedAt(const std::string& path) {
     size_t dash = 6;
     while (dash < w.size() && w[dash] != "-") ++dash;
     if (dash + 1 >= w.size()) continue;
-    if (Unescape(w[4]) == real && w[dash + 1] == "fuse.faultfs") return true;
+    if (Unescape(w[4]) == std::string(real) && w[dash + 1] == "fuse.faultfs") return true;
   }
   return false;
 }
@@ -175,18 +176,18 @@ FaultFs::~FaultFs() {
 }
 
 void FaultFs::Unmount() {
-  if (mounted_ && IsFaultFsMountedAt(mountPoint_)) {
-    if (umount2(mountPoint_.c_str(), MNT_DETACH) != 0) {
-      // Not root: the setuid helper unmounts.
-      pid_t helper = -1;
-      std::vector<std::string> args = {"fusermount3", "-u", "-z", mountPoint_};
-      std::vector<char*> argv;
-      for (std::string& a : args) argv.push_back(&a[0]);
-      argv.push_back(nullptr);
-      int status = 0;
-      if (posix_spawnp(&helper, "fusermount3", nullptr, nullptr, argv.data(), environ) == 0) {
-        Reap(helper, kStopTimeoutMs, &status);
-      }
+  // Also when the server died (the mount then answers ENOTCONN and is no
+  // longer recognised by its path).
+  if (mounted_ && umount2(mountPoint_.c_str(), MNT_DETACH) != 0 && errno == EPERM) {
+    // Not root: the setuid helper unmounts.
+    pid_t helper = -1;
+    std::vector<std::string> args = {"fusermount3", "-u", "-z", mountPoint_};
+    std::vector<char*> argv;
+    for (std::string& a : args) argv.push_back(&a[0]);
+    argv.push_back(nullptr);
+    int status = 0;
+    if (posix_spawnp(&helper, "fusermount3", nullptr, nullptr, argv.data(), environ) == 0) {
+      Reap(helper, kStopTimeoutMs, &status);
     }
   }
   mounted_ = false;

@@ -34,7 +34,7 @@ const OpName kOps[] = {
     {"open", Op::Open},         {"create", Op::Create},   {"mkdir", Op::Mkdir},
     {"unlink", Op::Unlink},     {"rmdir", Op::Rmdir},     {"rename", Op::Rename},
     {"truncate", Op::Truncate}, {"utimens", Op::Utimens}, {"fsync", Op::Fsync},
-    {"flush", Op::Flush},       {"release", Op::Release},
+    {"flush", Op::Flush},
 };
 
 bool ParseSize(const std::string& s, uint64_t* out) {
@@ -239,7 +239,7 @@ ReadFault Rules::OnRead(const std::string& path, uint64_t offset, uint64_t size)
         if (offset < r.to && end > r.from && f.error == 0 && TakeHit(r)) f.error = EIO;
         break;
       case Action::ReadShort:
-        if (TakeHit(r) && (f.maxBytes == 0 || r.bytes < f.maxBytes)) f.maxBytes = r.bytes;
+        if (size > r.bytes && TakeHit(r) && (f.maxBytes == 0 || r.bytes < f.maxBytes)) f.maxBytes = r.bytes;
         break;
       default:
         break;

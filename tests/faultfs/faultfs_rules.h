@@ -27,8 +27,8 @@
 //       no lock: other requests are served meanwhile. An interrupted request
 //       (the reader got a signal) or an unmount ends the sleep early.
 //   <glob> read-short <bytes> [times N]
-//       a read returns at most <bytes> bytes (a short read; the rest of the
-//       file is still there for the next read).
+//       a read of more than <bytes> bytes returns only <bytes> (a short
+//       read; the rest of the file is still there for the next read).
 //
 // Size and existence changes, applied once, at a trigger:
 //   <glob> shrink-after-count <newsize> [at open N | at getattr N]
@@ -58,7 +58,7 @@
 //       the operation fails with that error (a name such as EACCES, EIO,
 //       EINVAL, EROFS, ENOENT, or a number); <op> is one of open, create,
 //       mkdir, unlink, rmdir, rename (matched on the source path), truncate,
-//       utimens, fsync, flush (the close(2) of a file), release.
+//       utimens, fsync, flush (the close(2) of a file).
 //   <glob> statfs-free <bytes>
 //       statfs reports at most <bytes> free (the glob is not used; write '*').
 #pragma once
@@ -89,7 +89,7 @@ enum class Action {
 enum class Trigger { Open, Getattr };
 
 // File operations named by "<op>-error" rules and asked about by OpFault.
-enum class Op { Open, Create, Mkdir, Unlink, Rmdir, Rename, Truncate, Utimens, Fsync, Flush, Release };
+enum class Op { Open, Create, Mkdir, Unlink, Rmdir, Rename, Truncate, Utimens, Fsync, Flush };
 
 const uint64_t kNoEnd = UINT64_MAX;
 

@@ -15,6 +15,7 @@
 
 #include <atomic>
 #include <memory>
+#include <random>
 #include <set>
 #include <string>
 #include <thread>
@@ -122,7 +123,9 @@ TEST(FaultFsRules, ReadFaultsMeetOverlappingRangesOnly) {
   EXPECT_EQ(EIO, rules.OnRead("a", 1 << 30, 1).error);
   EXPECT_EQ(EIO, rules.OnRead("a", 0, 1).error);
   EXPECT_EQ(0, rules.OnRead("a", 0, 1).error);
-  // read-short's single time was taken by the first read.
+  // read-short counts only the reads it shortens.
+  EXPECT_EQ(0u, rules.OnRead("a", 0, 10).maxBytes);
+  EXPECT_EQ(10u, rules.OnRead("a", 0, 100).maxBytes);
   EXPECT_EQ(0u, rules.OnRead("a", 0, 100).maxBytes);
   EXPECT_DOUBLE_EQ(0, rules.OnRead("b", 0, 100).sleepSeconds);
   EXPECT_DOUBLE_EQ(2, rules.OnRead("b", 0, 101).sleepSeconds);
@@ -159,13 +162,11 @@ TEST(FaultFsRules, SizeChangesFireOnceAtTheNthEvent) {
 
 // ------------------------------------------------------------ mounted
 
+// Seeded bytes that differ from file to file.
 std::string Pattern(size_t size, unsigned seed) {
+  std::mt19937 gen(seed);
   std::string s(size, '\0');
-  uint32_t x = seed * 2654435761u + 1;
-  for (size_t i = 0; i < size; ++i) {
-    x = x * 1103515245u + 12345u;
-    s[i] = static_cast<char>(x >> 16);
-  }
+  for (char& c : s) c = static_cast<char>(gen() >> 24);
   return s;
 }
 
@@ -229,7 +230,8 @@ class FaultFsTest : public ::testing::Test {
       nftw(top_.c_str(), RemoveEntry, 16, FTW_DEPTH | FTW_PHYS);
     }
   }
-  // Mounts the backing folder with these rules; the test stops when that fails.
+  // Mounts the backing folder with these rules; a fatal failure when that
+  // fails (callers wrap it in ASSERT_NO_FATAL_FAILURE).
   void Mount(const std::string& rules) {
     fs_ = std::make_unique<vt::FaultFs>(backing_, mnt_, rules);
     ASSERT_TRUE(fs_->IsMounted()) << fs_->Error();
@@ -245,7 +247,7 @@ TEST_F(FaultFsTest, PassesFilesAndFoldersThrough) {
   const std::string given = Pattern(300000, 1);
   WriteFile(B("given.bin"), given);
   ASSERT_EQ(0, mkdir(B("sub").c_str(), 0755));
-  Mount("");
+  ASSERT_NO_FATAL_FAILURE(Mount(""));
 
   EXPECT_EQ(given, ReadFile(M("given.bin")));
   EXPECT_EQ(given, ReadFile(M("given.bin"), nullptr, 4096));
@@ -287,13 +289,27 @@ TEST_F(FaultFsTest, PassesFilesAndFoldersThrough) {
   struct statvfs vfs;
   ASSERT_EQ(0, statvfs(mnt_.c_str(), &vfs));
   EXPECT_GT(vfs.f_blocks, 0u);
+
+  // A sparse file past 4 GiB keeps its size and offsets.
+  const off_t big = (off_t(4) << 30) + 1;
+  ASSERT_EQ(0, truncate(B("given.bin").c_str(), big));
+  ASSERT_EQ(0, stat(M("given.bin").c_str(), &st));
+  EXPECT_EQ(big, st.st_size);
+  fd = open(M("given.bin").c_str(), O_RDWR);
+  ASSERT_GE(fd, 0);
+  EXPECT_EQ(1, pwrite(fd, "z", 1, big - 1));
+  char last = 0;
+  EXPECT_EQ(1, pread(fd, &last, 1, big - 1));
+  EXPECT_EQ('z', last);
+  EXPECT_EQ(0, pread(fd, &last, 1, big));
+  close(fd);
 }
 
 TEST_F(FaultFsTest, ReadEioInsideTheRangeOnly) {
   const std::string data = Pattern(64 * 1024, 3);
   WriteFile(B("bad.bin"), data);
   WriteFile(B("good.bin"), data);
-  Mount("bad.bin read-eio 8K-12K\n");
+  ASSERT_NO_FATAL_FAILURE(Mount("bad.bin read-eio 8K-12K\n"));
 
   int fd = open(M("bad.bin").c_str(), O_RDONLY);
   ASSERT_GE(fd, 0);
@@ -321,7 +337,7 @@ TEST_F(FaultFsTest, ReadEioInsideTheRangeOnly) {
 TEST_F(FaultFsTest, TransientReadEioIsOvercomeByTheThirdTry) {
   const std::string data = Pattern(20000, 4);
   WriteFile(B("flaky.bin"), data);
-  Mount("flaky.bin read-eio 4096-4097 times 2\n");
+  ASSERT_NO_FATAL_FAILURE(Mount("flaky.bin read-eio 4096-4097 times 2\n"));
   int fd = open(M("flaky.bin").c_str(), O_RDONLY);
   ASSERT_GE(fd, 0);
   char buf[4096];
@@ -340,7 +356,7 @@ TEST_F(FaultFsTest, ASleepingReadDoesNotHoldUpAnotherFile) {
   const std::string slowData = Pattern(8192, 5), fastData = Pattern(100000, 6);
   WriteFile(B("slow.bin"), slowData);
   WriteFile(B("fast.bin"), fastData);
-  Mount("slow.bin read-sleep 2 at 0\n");
+  ASSERT_NO_FATAL_FAILURE(Mount("slow.bin read-sleep 3 at 0\n"));
 
   std::atomic<bool> slowDone{false};
   std::string slowRead;
@@ -349,7 +365,7 @@ TEST_F(FaultFsTest, ASleepingReadDoesNotHoldUpAnotherFile) {
     slowDone = true;
   });
   // The slow read is in the file system, asleep...
-  bool asleep = fs_->WaitForLog("read of slow.bin at 0 sleeps 2 s", 5000);
+  bool asleep = fs_->WaitForLog("read of slow.bin at 0 sleeps 3 s", 5000);
   // ...while another file is read to its end.
   std::string fastRead = ReadFile(M("fast.bin"));
   bool slowDoneWhenFastEnded = slowDone;
@@ -364,7 +380,7 @@ TEST_F(FaultFsTest, ASleepingReadDoesNotHoldUpAnotherFile) {
 TEST_F(FaultFsTest, ShortReadsReturnFewerBytesAndKeepTheRest) {
   const std::string data = Pattern(5000, 7);
   WriteFile(B("short.bin"), data);
-  Mount("short.bin read-short 100\n");
+  ASSERT_NO_FATAL_FAILURE(Mount("short.bin read-short 100\n"));
   int fd = open(M("short.bin").c_str(), O_RDONLY);
   ASSERT_GE(fd, 0);
   char buf[4096];
@@ -379,7 +395,7 @@ TEST_F(FaultFsTest, ShortReadsReturnFewerBytesAndKeepTheRest) {
 TEST_F(FaultFsTest, AFileShrinksWhenItIsOpenedAfterItWasCounted) {
   const std::string data = Pattern(50000, 8);
   WriteFile(B("shrinks.bin"), data);
-  Mount("shrinks.bin shrink-after-count 1000\n");
+  ASSERT_NO_FATAL_FAILURE(Mount("shrinks.bin shrink-after-count 1000\n"));
   struct stat st;
   ASSERT_EQ(0, stat(M("shrinks.bin").c_str(), &st));  // the folder walk counts it
   EXPECT_EQ(50000, st.st_size);
@@ -397,7 +413,7 @@ TEST_F(FaultFsTest, AFileShrinksWhenItIsOpenedAfterItWasCounted) {
 TEST_F(FaultFsTest, AFileGrowsWhenItIsOpenedAfterItWasCounted) {
   const std::string data = Pattern(3000, 9);
   WriteFile(B("grows.bin"), data);
-  Mount("grows.bin grow-after-count 5000\n");
+  ASSERT_NO_FATAL_FAILURE(Mount("grows.bin grow-after-count 5000\n"));
   struct stat st;
   ASSERT_EQ(0, stat(M("grows.bin").c_str(), &st));
   EXPECT_EQ(3000, st.st_size);
@@ -411,7 +427,7 @@ TEST_F(FaultFsTest, AFileGrowsWhenItIsOpenedAfterItWasCounted) {
 
 TEST_F(FaultFsTest, AFileShrinksAtTheThirdGetattr) {
   WriteFile(B("g.bin"), Pattern(4096, 10));
-  Mount("g.bin shrink-after-count 10 at getattr 3\n");
+  ASSERT_NO_FATAL_FAILURE(Mount("g.bin shrink-after-count 10 at getattr 3\n"));
   struct stat st;
   // One stat(2) asks the file system once or twice (lookup, then getattr).
   ASSERT_EQ(0, stat(M("g.bin").c_str(), &st));
@@ -430,7 +446,7 @@ TEST_F(FaultFsTest, AFileShrinksAtTheThirdGetattr) {
 TEST_F(FaultFsTest, AFileVanishesBetweenCollectionAndCopy) {
   WriteFile(B("keeps.bin"), "stays");
   WriteFile(B("goes.bin"), "goes away");
-  Mount("goes.bin vanish-after-count\n");
+  ASSERT_NO_FATAL_FAILURE(Mount("goes.bin vanish-after-count\n"));
   EXPECT_EQ((std::set<std::string>{"keeps.bin", "goes.bin"}), List(mnt_));
   struct stat st;
   ASSERT_EQ(0, stat(M("goes.bin").c_str(), &st));
@@ -467,7 +483,7 @@ size_t WriteUntilError(const std::string& path, const std::string& data, int* er
 
 TEST_F(FaultFsTest, WritesFailWithEnospcAfterTheLimit) {
   ASSERT_EQ(0, mkdir(B("out").c_str(), 0755));
-  Mount("out/* write-enospc-after 10000\n");
+  ASSERT_NO_FATAL_FAILURE(Mount("out/* write-enospc-after 10000\n"));
   const std::string data = Pattern(20000, 11);
   int fd = open(M("out/a.bin").c_str(), O_WRONLY | O_CREAT, 0644);
   ASSERT_GE(fd, 0);
@@ -486,7 +502,7 @@ TEST_F(FaultFsTest, WritesFailWithEnospcAfterTheLimit) {
 }
 
 TEST_F(FaultFsTest, WritesFailWithEioAfterTheLimit) {
-  Mount("*.bin write-eio-after 6000\n");
+  ASSERT_NO_FATAL_FAILURE(Mount("*.bin write-eio-after 6000\n"));
   const std::string data = Pattern(20000, 12);
   int error = 0;
   EXPECT_EQ(6000u, WriteUntilError(M("e.bin"), data, &error));
@@ -503,7 +519,7 @@ TEST_F(FaultFsTest, NamesThatAreNotValidUtf8KeepTheirBytes) {
   ASSERT_EQ(0, mkdir(B(dir).c_str(), 0755));
   WriteFile(B(dir + "/inner\xc0"), "inner");
   // The rules match such names by their bytes too.
-  Mount("caf\xe9.txt read-short 3\n");
+  ASSERT_NO_FATAL_FAILURE(Mount("caf\xe9.txt read-short 3\n"));
   EXPECT_EQ((std::set<std::string>{latin1, dir}), List(mnt_));
   EXPECT_EQ((std::set<std::string>{"inner\xc0"}), List(M(dir)));
   EXPECT_EQ("latin-1 name", ReadFile(M(latin1)));
@@ -521,10 +537,10 @@ TEST_F(FaultFsTest, NamesThatAreNotValidUtf8KeepTheirBytes) {
 TEST_F(FaultFsTest, OperationsFailOnRequest) {
   WriteFile(B("locked.bin"), "locked");
   WriteFile(B("stuck.bin"), "stuck");
-  Mount("locked.bin open-error EACCES times 1\n"
+  ASSERT_NO_FATAL_FAILURE(Mount("locked.bin open-error EACCES times 1\n"
         "refused* create-error EINVAL\n"
         "stuck.bin unlink-error EIO\n"
-        "* statfs-free 1M\n");
+        "* statfs-free 1M\n"));
   errno = 0;
   EXPECT_EQ(-1, open(M("locked.bin").c_str(), O_RDONLY));
   EXPECT_EQ(EACCES, errno);
@@ -546,7 +562,7 @@ TEST_F(FaultFsTest, OperationsFailOnRequest) {
 TEST_F(FaultFsTest, RulesAreReplacedWhileMounted) {
   const std::string data = Pattern(10000, 13);
   WriteFile(B("data.bin"), data);
-  Mount("");
+  ASSERT_NO_FATAL_FAILURE(Mount(""));
   EXPECT_EQ(data, ReadFile(M("data.bin")));
   ASSERT_TRUE(fs_->SetRules("data.bin read-eio 0-\n")) << fs_->Error();
   int error = 0;
@@ -563,7 +579,7 @@ TEST_F(FaultFsTest, RulesAreReplacedWhileMounted) {
 
 TEST_F(FaultFsTest, StopsEvenWithAFileStillOpen) {
   WriteFile(B("open.bin"), "open");
-  Mount("");
+  ASSERT_NO_FATAL_FAILURE(Mount(""));
   int fd = open(M("open.bin").c_str(), O_RDONLY);
   ASSERT_GE(fd, 0);
   fs_.reset();
@@ -573,6 +589,23 @@ TEST_F(FaultFsTest, StopsEvenWithAFileStillOpen) {
   EXPECT_TRUE(List(mnt_).empty());  // the bare mount point again
   close(fd);
   EXPECT_EQ("open", ReadFile(B("open.bin")));
+}
+
+TEST_F(FaultFsTest, StopsDuringASleepingRead) {
+  WriteFile(B("asleep.bin"), "asleep");
+  ASSERT_NO_FATAL_FAILURE(Mount("asleep.bin read-sleep 600\n"));
+  int result = 0;
+  std::thread reader([&] {
+    int fd = open(M("asleep.bin").c_str(), O_RDONLY);
+    char buf[16];
+    result = fd < 0 ? -2 : static_cast<int>(read(fd, buf, sizeof buf));
+    if (fd >= 0) close(fd);
+  });
+  ASSERT_TRUE(fs_->WaitForLog("read of asleep.bin at 0 sleeps 600 s", 5000)) << fs_->Log();
+  fs_.reset();  // within seconds, not after the ten minutes of the sleep
+  reader.join();
+  EXPECT_NE(-2, result);
+  EXPECT_FALSE(vt::FaultFs::IsFaultFsMountedAt(mnt_));
 }
 
 TEST(FaultFsLauncher, ABadMountPointIsReported) {
