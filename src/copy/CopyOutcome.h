@@ -16,12 +16,27 @@ enum CopyProblemKind {
   kCopyNotAFile = 5,      // a device, pipe or socket: not copied
   kCopyNotRemoved = 6,    // a partial file that could not be removed
   kCopyUnreadable = 7,    // a folder that could not be read while collecting
+  kCopySalvaged = 8,      // copied; blocks that stayed unreadable were filled with zeros
+  kCopyVanished = 9,      // the file was gone when its turn came
+  kCopyTooLargeForFat = 10,  // 4 GiB or more, bound for a FAT volume: not attempted
+  kCopyNameRefused = 11,  // the destination's file system refused the name
+};
+
+// A stretch of a source file that could not be read.
+struct CopyRange {
+  int64_t offset = 0;
+  int64_t length = 0;
 };
 
 struct CopyProblem {
   std::string path;  // the source's full path, as bytes
   int kind = 0;
   int error = 0;     // errno, 0 when there is none
+  int64_t size = 0;  // the file's size as collected
+  // A salvaged file: the bytes that stayed unreadable and where they lie
+  // (adjacent stretches joined), in file order.
+  int64_t unreadableBytes = 0;
+  std::vector<CopyRange> unreadable;
 };
 
 struct CopyOutcome {
