@@ -16,6 +16,8 @@
 
 #include "copy/my_dialog_gauge.h"
 #include "destination/Des_PathInfo.h"
+#include "disk/View_Disk_Info.h"
+#include "disk/VolumeSizeText.h"
 #include "display/Conversion.h"
 #include "display/PathBytes.h"
 #include "fileops/FileOpsSeam.h"
@@ -65,6 +67,33 @@ wxString CopyTimeLeft(int64_t totalBytes, int64_t copiedBytes, int64_t elapsedMs
   return wxTimeSpan::Milliseconds(static_cast<wxLongLong_t>(left)).Format();
 }
 
+int VolumeIndexOf(const View_Disk_Info& table, const std::string& path) {
+  int best = -1;
+  size_t bestLength = 0;
+  for (int i = 0; i < table.m_VolumeCount && i < MAX_VOLUME_COUNT; ++i) {
+    const char* mount = table.m_Volume[i].MountPoint;
+    const size_t length = strnlen(mount, sizeof(table.m_Volume[i].MountPoint));
+    if (length == 0 || path.compare(0, length, mount, length) != 0) continue;
+    if (path.size() > length && path[length] != '/') continue;
+    if (length > bestLength) {
+      best = i;
+      bestLength = length;
+    }
+  }
+  return best;
+}
+
+wxString FreeSpaceQuestion(int64_t needed, int64_t available, char driveLetter) {
+  char neededText[32];
+  char availableText[32];
+  FormatVolumeSize(needed, neededText, sizeof(neededText));
+  FormatVolumeSize(available, availableText, sizeof(availableText));
+  return wxString::Format(
+      wxGetTranslation("The files to copy need %s, but drive %c: has only %s free.\n\n"
+                       "Copy anyway, or stop?"),
+      neededText, driveLetter, availableText);
+}
+
 // One file being copied. The worker thread runs the transfer's steps and
 // writes the results here; the job reads them once the step is done. Owned
 // jointly, so a step that is still running after the job gave up on it
@@ -101,7 +130,15 @@ copyfile::copyfile(wxString source, wxString destination, my_dialog_gauge* dialo
       m_windowed(dialog != nullptr),
       m_sourceBytes(PathBytes(source)),
       m_destBytes(PathBytes(destination)),
-      m_lastShown(-kScreenInterval) {}
+      m_lastShown(-kScreenInterval),
+      m_openFailureShown(false),
+      m_destinationIsFat(false) {
+  const int volume = VolumeIndexOf(g_AllDiskPartitionInf, m_destBytes);
+  if (volume >= 0) {
+    const uint8_t type = g_AllDiskPartitionInf.m_Volume[volume].FsType;
+    m_destinationIsFat = type == FS_TYPE_FAT12 || type == FS_TYPE_FAT16 || type == FS_TYPE_FAT32;
+  }
+}
 
 copyfile::~copyfile() {
   // A file still being copied (the job was torn down in the middle) is
@@ -131,11 +168,12 @@ bool copyfile::ScreenDue() {
   return true;
 }
 
-void copyfile::Problem(const std::string& path, int kind, int error) {
+void copyfile::Problem(const std::string& path, int kind, int error, int64_t size) {
   CopyProblem problem;
   problem.path = path;
   problem.kind = kind;
   problem.error = error;
+  problem.size = size;
   m_problems.push_back(problem);
 }
 
@@ -161,7 +199,7 @@ void copyfile::ShowTotals() {
 void copyfile::AddItem(const std::string& fullPath, bool isFolder, int64_t size) {
   const std::string relative =
       fullPath.size() >= m_sourceBytes.size() ? fullPath.substr(m_sourceBytes.size()) : fullPath;
-  m_items.Add(DirFilePath(PathFromBytes(relative), isFolder, relative));
+  m_items.Add(DirFilePath(PathFromBytes(relative), isFolder, relative, size));
   if (!isFolder) {
     m_totalBytes += size;
     ++m_itemCount;
@@ -329,11 +367,25 @@ void copyfile::copying_Data(wxString /*source*/, wxString /*destination*/) {}
 void copyfile::copying_All_Data() {}
 
 int copyfile::CreateFile(wxString source, wxString destination) {
-  return CopyOneFile(PathBytes(source), PathBytes(destination), destination);
+  return CopyOneFile(PathBytes(source), PathBytes(destination), destination, 0);
+}
+
+int copyfile::OpenFailureKind(const FileTransfer& file) const {
+  const int error = file.Error();
+  if (file.FailedEnd() == kTransferSource) return error == ENOENT ? kCopyVanished : kCopyNotOpened;
+  if (error != EINVAL && error != EILSEQ && error != ENAMETOOLONG) return kCopyNotOpened;
+  // EINVAL also stands for a file refused as its own destination.
+  struct stat64 source;
+  struct stat64 destination;
+  if (g_FileOpsSeam.Stat(file.Source().c_str(), &source) == 0 &&
+      g_FileOpsSeam.Stat(file.Destination().c_str(), &destination) == 0 &&
+      source.st_dev == destination.st_dev && source.st_ino == destination.st_ino)
+    return kCopyNotOpened;
+  return kCopyNameRefused;
 }
 
 int copyfile::CopyOneFile(const std::string& source, const std::string& destination,
-                          const wxString& shown) {
+                          const wxString& shown, int64_t size) {
   wxLogNull noLogging;
   std::shared_ptr<Transfer> transfer = std::make_shared<Transfer>(source, destination, m_buffer);
   m_current = transfer;
@@ -348,12 +400,19 @@ int copyfile::CopyOneFile(const std::string& source, const std::string& destinat
   }
   if (transfer->opened != 0) {
     const int error = transfer->file.Error();
-    Problem(source, kCopyNotOpened, error);
-    const wxString message =
-        error == EINVAL
-            ? wxString::Format(wxGetTranslation("Can't open file '%s' !"), shown)
-            : wxString(wxGetTranslation("Open file is error !"));
-    wxMessageBox(message, wxGetTranslation("Confirm Folder"), wxOK);
+    const int kind = OpenFailureKind(transfer->file);
+    Problem(source, kind, error, size);
+    // The message comes for the first file of a copy that does not open; a
+    // failing disk must not ask for hundreds of clicks (the report at the
+    // end names them all). A name the destination refuses is only reported.
+    if (kind != kCopyNameRefused && !m_openFailureShown) {
+      m_openFailureShown = true;
+      const wxString message =
+          error == EINVAL
+              ? wxString::Format(wxGetTranslation("Can't open file '%s' !"), shown)
+              : wxString(wxGetTranslation("Open file is error !"));
+      wxMessageBox(message, wxGetTranslation("Confirm Folder"), wxOK);
+    }
     return COPY_FILE_NOT_OPENED;
   }
 
@@ -476,7 +535,12 @@ int64_t copyfile::cp_DirFile() {
       if (MakeFolder(destinationBytes, destination) != 0) return kStatusStopped;
       m_currentItem = source;
     } else {
-      const int result = CopyOneFile(m_sourceBytes + item.m_bytes, destinationBytes, destination);
+      const std::string sourceBytes = m_sourceBytes + item.m_bytes;
+      int result = COPY_FILE_NOT_OPENED;
+      if (m_destinationIsFat && item.m_size > kFatLargestFile)
+        Problem(sourceBytes, kCopyTooLargeForFat, EFBIG, item.m_size);  // not attempted
+      else
+        result = CopyOneFile(sourceBytes, destinationBytes, destination, item.m_size);
       if (result == COPY_FILE_DISK_FULL) {
         wxMessageBox(wxGetTranslation("Copy file error! The disk is full!"),
                      wxGetTranslation("copying error"), wxOK | wxCENTRE);
@@ -492,4 +556,36 @@ int64_t copyfile::cp_DirFile() {
   ShowDone();
   ShowTimeLeft("00:00:00");
   return kStatusWalked;
+}
+
+bool copyfile::ConfirmFreeSpace(wxWindow* parent) {
+  const int volume = VolumeIndexOf(g_AllDiskPartitionInf, m_destBytes);
+  std::string where = volume >= 0 ? std::string(g_AllDiskPartitionInf.m_Volume[volume].MountPoint)
+                                  : m_destBytes;
+  const long long available = g_AllDiskPartitionInf.Ui_GetVolumeFreeSpace(&where[0]);
+  if (available < 0 || m_totalBytes <= available) return true;
+  const char letter = volume >= 0 ? g_AllDiskPartitionInf.m_Volume[volume].DriveLetter : '?';
+  wxMessageDialog question(parent, FreeSpaceQuestion(m_totalBytes, available, letter),
+                           wxGetTranslation("Not enough free space"),
+                           wxYES_NO | wxNO_DEFAULT | wxICON_EXCLAMATION);
+  question.SetYesNoLabels(wxGetTranslation("Copy &anyway"), wxGetTranslation("&Stop"));
+  return question.ShowModal() == wxID_YES;
+}
+
+void copyfile::FlushDestination() {
+  if (m_windowed && !m_dialog) return;
+  if (m_dialog) {
+    m_dialog->m_currentText->SetLabel(wxGetTranslation("Writing the data to the disk..."));
+    m_dialog->Update();
+  }
+  const std::string folder = m_destBytes;
+  // Waits with the event loop running; Cancel does not cut it short (the
+  // data is copied; it only has to reach the disk), a window that went does.
+  m_worker.Run([folder] {
+    const int fd = g_FileOpsSeam.Open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0);
+    if (fd < 0) return;
+    g_FileOpsSeam.Syncfs(fd);
+    g_FileOpsSeam.Close(fd);
+  }, [this] { return YieldAlive(); });
+  if (m_dialog) m_dialog->m_currentText->SetLabel(Conversion_Path(m_currentItem, 70));
 }

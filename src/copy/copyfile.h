@@ -29,6 +29,8 @@
 #include "copy/CopyOutcome.h"
 
 class my_dialog_gauge;
+class View_Disk_Info;
+class wxWindow;
 class FileTransfer;
 
 // What CreateFile returns.
@@ -45,6 +47,13 @@ enum { COPY_CHUNK_SIZE = 0x100000 };
 
 // One per cent of a job's bytes, at least 1.
 int64_t CopyOnePercent(int64_t totalBytes);
+// The largest file a FAT volume holds: 4 GiB less one byte.
+const int64_t kFatLargestFile = 0xFFFFFFFFLL;
+// The volume of the table that holds path (the longest mount point that is
+// path or a folder above it); -1 when none does.
+int VolumeIndexOf(const View_Disk_Info& table, const std::string& path);
+// The question asked when a job needs more than the destination has free.
+wxString FreeSpaceQuestion(int64_t needed, int64_t available, char driveLetter);
 // The gauge's value for the bytes copied, never above 100 (the total may
 // have been counted short: a file grew after it was collected).
 int CopyGaugeValue(int64_t copiedBytes, int64_t onePercent);
@@ -87,6 +96,15 @@ class copyfile {
   int64_t CopiedBytes() const { return m_copiedBytes; }
   int ItemsDone() const { return m_itemsDone; }
   const std::vector<CopyProblem>& Problems() const { return m_problems; }
+  // When the job needs more room than the destination has free, asks once
+  // whether to copy anyway; false to stop. The free space is unknown (and
+  // nothing is asked) when the destination cannot be examined.
+  bool ConfirmFreeSpace(wxWindow* parent);
+  // Makes the destination's file system write out what it holds (a USB
+  // stick pulled right after the copy keeps every byte), on the worker
+  // thread while the window shows that data is being written.
+  void FlushDestination();
+
   // The figures and problems as one record.
   CopyOutcome Outcome(int64_t result) const;
 
@@ -112,9 +130,13 @@ class copyfile {
   bool RefreshScreen();
   void ShowTimeLeft(const wxString& text);
   void AddItem(const std::string& fullPath, bool isFolder, int64_t size);
-  void Problem(const std::string& path, int kind, int error);
+  void Problem(const std::string& path, int kind, int error, int64_t size = 0);
+  // Why an open failed, as a problem kind (a vanished source, a name the
+  // destination refuses, or another failure).
+  int OpenFailureKind(const FileTransfer& file) const;
   int MakeFolder(const std::string& destination, const wxString& shown);
-  int CopyOneFile(const std::string& source, const std::string& destination, const wxString& shown);
+  int CopyOneFile(const std::string& source, const std::string& destination, const wxString& shown,
+                  int64_t size);
   // Runs one file call on the worker thread, yielding while it takes long;
   // false when the job was cancelled (or the window went) meanwhile.
   bool RunIo(std::function<void()> call);
@@ -154,4 +176,6 @@ class copyfile {
   wxString m_currentItem;  // the last item handled (mounted path)
   wxStopWatch m_screenClock;
   long m_lastShown;  // m_screenClock time of the last refresh of the screen
+  bool m_openFailureShown;  // the message for a file that did not open was shown
+  bool m_destinationIsFat;  // the destination volume holds files below 4 GiB only
 };

@@ -75,7 +75,13 @@ my_dialog_gauge::my_dialog_gauge(wxWindow* parent, int id, const wxString& title
   copyfile* job = new copyfile(g_Des_PathInfo.m_sourcePath, g_Des_PathInfo.m_destPath, this);
   m_job = job;
   int64_t result = kStatusStopped;
-  if (job->GetAll_DirFileInfo() != kStatusStopped && alive) result = job->cp_DirFile();
+  if (job->GetAll_DirFileInfo() != kStatusStopped && alive && job->ConfirmFreeSpace(this) &&
+      alive) {
+    result = job->cp_DirFile();
+    // What was copied reaches the disk before the window closes, however
+    // the copy ended.
+    if (alive) job->FlushDestination();
+  }
   g_lastCopyOutcome = job->Outcome(result);
   if (!alive) {
     delete job;

@@ -11,11 +11,13 @@
 #include <wx/frame.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "common/CustomEvents.h"
+#include "common/fake_devices.h"
 #include "common/fake_fileops.h"
 #include "common/gui_testing.h"
 #include "common/stdout_capture.h"
@@ -26,6 +28,7 @@
 #include "copy/my_dialog_gauge.h"
 #include "destination/Des_PathInfo.h"
 #include "display/Conversion.h"
+#include "disk/View_Disk_Info.h"
 #include "copy_env.h"
 #include "timer_call.h"
 
@@ -292,4 +295,140 @@ TEST_F(CopyEngineTest, ACancelBetweenTwoFilesTakesEffectAtTheNextFilesFirstChunk
   EXPECT_EQ(opensOfC, 0);
   EXPECT_TRUE(host->IsEnabled());
   EXPECT_EQ(files.OpenDescriptors(), 0);
+}
+
+namespace {
+
+// A volume table with one volume mounted at the copy's destination folder.
+class DestinationVolume {
+ public:
+  DestinationVolume(const std::string& mountPoint, uint8_t fsType, char letter) {
+    saved_ = g_AllDiskPartitionInf.m_VolumeCount;
+    memcpy(&volume_, &g_AllDiskPartitionInf.m_Volume[0], sizeof(volume_));
+    VolumeInformation& v = g_AllDiskPartitionInf.m_Volume[0];
+    memset(&v, 0, sizeof(v));
+    snprintf(v.MountPoint, sizeof(v.MountPoint), "%s", mountPoint.c_str());
+    v.DriveLetter = letter;
+    v.FsType = fsType;
+    g_AllDiskPartitionInf.m_VolumeCount = 1;
+  }
+  ~DestinationVolume() {
+    memcpy(&g_AllDiskPartitionInf.m_Volume[0], &volume_, sizeof(volume_));
+    g_AllDiskPartitionInf.m_VolumeCount = saved_;
+  }
+
+ private:
+  uint16_t saved_;
+  VolumeInformation volume_;
+};
+
+int CountKind(int kind) {
+  int n = 0;
+  for (const CopyProblem& p : g_lastCopyOutcome.problems) n += p.kind == kind;
+  return n;
+}
+
+}  // namespace
+
+TEST(CopyDestinationVolume, TheLongestMountPointAboveThePathHoldsIt) {
+  View_Disk_Info table;
+  table.m_VolumeCount = 3;
+  snprintf(table.m_Volume[0].MountPoint, 32, "/mnt/E");
+  snprintf(table.m_Volume[1].MountPoint, 32, "/mnt/E/inner");
+  snprintf(table.m_Volume[2].MountPoint, 32, "/mnt/EF");
+  EXPECT_EQ(VolumeIndexOf(table, "/mnt/E/x/"), 0);
+  EXPECT_EQ(VolumeIndexOf(table, "/mnt/E"), 0);
+  EXPECT_EQ(VolumeIndexOf(table, "/mnt/E/inner/a"), 1);
+  EXPECT_EQ(VolumeIndexOf(table, "/mnt/EF/a"), 2);
+  EXPECT_EQ(VolumeIndexOf(table, "/mnt/Ex/a"), -1);
+  EXPECT_EQ(VolumeIndexOf(table, "/tmp/a"), -1);
+}
+
+TEST(CopyDestinationVolume, TheFreeSpaceQuestionSaysWhatIsNeededAndWhatIsFree) {
+  EXPECT_EQ(FreeSpaceQuestion(3LL << 30, 900LL << 20, 'E'),
+            "The files to copy need 3.0 GB, but drive E: has only 900 MB free.\n\n"
+            "Copy anyway, or stop?");
+}
+
+TEST_F(CopyEngineTest, OnlyTheFirstFileThatDoesNotOpenAsksForAClick) {
+  for (const char* name : {"locked1.bin", "locked2.bin", "fine.txt", "locked3.bin"})
+    vt::WriteFile(src + name, name);
+  vt::FakeFileOps files;
+  files.Fail(vt::FakeFileOps::kOpen, EACCES, "*/src/locked*");
+  Select({"locked1.bin", "locked2.bin", "fine.txt", "locked3.bin"});
+  wxTEST_DIALOG(RunCopy(), wxExpectModal<wxMessageDialog>(wxOK).Describe("the first open failure"));
+  Settle();
+  EXPECT_TRUE(vt::UnexpectedDialogs().empty()) << "one message for three failures";
+  EXPECT_EQ(CountKind(kCopyNotOpened), 3);
+  EXPECT_EQ(vt::ReadFile(dst + "fine.txt"), "fine.txt");
+  EXPECT_EQ(g_lastCopyOutcome.result, 1);
+}
+
+TEST_F(CopyEngineTest, AVanishedFileAndARefusedNameAreRecordedWithoutAMessage) {
+  vt::WriteFile(src + "gone.txt", "g");
+  vt::WriteFile(src + "bad name.txt", "b");
+  vt::WriteFile(src + "ok.txt", "o");
+  Select({"gone.txt", "bad name.txt", "ok.txt"});
+  copyfile job(g_Des_PathInfo.m_sourcePath, g_Des_PathInfo.m_destPath, nullptr);
+  ASSERT_EQ(job.GetAll_DirFileInfo(), 0);
+  ASSERT_EQ(unlink((src + "gone.txt").c_str()), 0);  // gone between collection and copy
+  vt::FakeFileOps files;
+  files.Fail(vt::FakeFileOps::kOpen, EINVAL, "*/dst/bad name.txt");  // what vfat says
+  // Only the vanished file's failure brings the one message.
+  wxTEST_DIALOG(EXPECT_EQ(job.cp_DirFile(), 1),
+                wxExpectModal<wxMessageDialog>(wxOK).Describe("the vanished file"));
+  ASSERT_EQ(job.Problems().size(), 2u);
+  EXPECT_EQ(job.Problems()[0].kind, kCopyVanished);
+  EXPECT_EQ(job.Problems()[0].size, 1);
+  EXPECT_EQ(job.Problems()[1].kind, kCopyNameRefused);
+  EXPECT_EQ(job.Problems()[1].error, EINVAL);
+  EXPECT_EQ(vt::ReadFile(dst + "ok.txt"), "o");
+  EXPECT_FALSE(Exists(dst + "bad name.txt"));
+}
+
+TEST_F(CopyEngineTest, AFileOfFourGigabytesIsNotAttemptedOnAFatVolume) {
+  // Sparse: 4 GiB and one byte without the data.
+  vt::WriteFile(src + "mail.pst", "");
+  ASSERT_EQ(truncate((src + "mail.pst").c_str(), (4LL << 30) + 1), 0);
+  vt::WriteFile(src + "small.txt", "s");
+  DestinationVolume fat(root + "/dst", 3, 'F');
+  Select({"mail.pst", "small.txt"});
+  RunCopy();
+  Settle();
+  EXPECT_FALSE(Exists(dst + "mail.pst"));
+  EXPECT_EQ(vt::ReadFile(dst + "small.txt"), "s");
+  ASSERT_EQ(CountKind(kCopyTooLargeForFat), 1);
+  EXPECT_EQ(g_lastCopyOutcome.problems[0].size, (4LL << 30) + 1);
+  EXPECT_EQ(g_lastCopyOutcome.result, 1);
+}
+
+TEST_F(CopyEngineTest, AJobLargerThanTheFreeSpaceAsksOnceAndStopsOnStop) {
+  vt::WriteFile(src + "a.bin", Bytes(300000, 7));
+  vt::WriteFile(src + "b.bin", Bytes(300000, 8));
+  vt::FakeDevices devices;
+  DestinationVolume volume(root + "/dst", 4, 'E');
+  devices.SetStatfs(root + "/dst", 4096, 1000, 100, 100);  // 400 KB free
+  Select({"a.bin", "b.bin"});
+  wxTEST_DIALOG(RunCopy(), wxExpectModal<wxMessageDialog>(wxNO).Describe("the free-space question"));
+  Settle();
+  EXPECT_FALSE(Exists(dst + "a.bin"));
+  EXPECT_EQ(g_lastCopyOutcome.result, 10);
+  EXPECT_TRUE(host->IsEnabled());
+  EXPECT_EQ(codes, std::vector<int>{MYCMD_OPEN_TARGET});
+
+  wxTEST_DIALOG(RunCopy(), wxExpectModal<wxMessageDialog>(wxYES).Describe("copy anyway"));
+  Settle();
+  EXPECT_EQ(vt::ReadFile(dst + "a.bin"), vt::ReadFile(src + "a.bin"));
+  EXPECT_EQ(g_lastCopyOutcome.result, 1);
+}
+
+TEST_F(CopyEngineTest, TheDestinationIsFlushedBeforeTheWindowCloses) {
+  vt::WriteFile(src + "a.txt", "a");
+  vt::FakeFileOps files;
+  Select({"a.txt"});
+  RunCopy();
+  Settle();
+  const std::vector<std::string> calls = files.Calls();
+  EXPECT_NE(std::find(calls.begin(), calls.end(), "syncfs " + dst), calls.end())
+      << "syncfs of the destination folder";
 }
