@@ -6,13 +6,17 @@
 #include "destination_panel_env.h"
 
 #include <errno.h>
+#include <string.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "common/fake_fileops.h"
+#include "faultfs/faultfs_mount.h"
 #include "common/stdout_capture.h"
 #include "destination/DeleteFileProgress.h"
 #include "timer_call.h"
@@ -350,3 +354,60 @@ TEST_F(DesDeleteTest, TheHostWindowClosedWhileDeletingEndsTheDeleteQuietly) {
 }
 
 }  // namespace
+
+// Deleting on a volume that fails: the removals the file system refuses with
+// an I/O error (the fault file system) and a volume mounted read-only. Each
+// failure is named once at the end, everything else goes, nothing hangs.
+TEST_F(DesDeleteTest, RemovalsThatTheDiskRefusesWithIoErrorsAreReportedOnce) {
+  OpenInWork();
+  char backing[] = "/tmp/vantori-faulty-XXXXXX";
+  ASSERT_NE(mkdtemp(backing), nullptr);
+  mkdir("/mnt/C/work/faulty", 0755);
+  vt::WriteFile(std::string(backing) + "/tree/bad1", "b");
+  vt::WriteFile(std::string(backing) + "/tree/fine", "f");
+  vt::WriteFile(std::string(backing) + "/tree/sub/bad2", "b");
+  {
+    vt::FaultFs faulty(backing, "/mnt/C/work/faulty", "tree/*bad* unlink-error EIO\n");
+    ASSERT_TRUE(faulty.IsMounted()) << faulty.Error();
+    Reload();
+    Enter("faulty");
+    Select("tree");
+    vt::SeenBox confirm, failure;
+    {
+      vt::StdoutCapture quiet;
+      wxTEST_DIALOG(Press(ID_DES_DELETE), Answer(wxYES, &confirm), MessageSeen(&failure));
+    }
+    EXPECT_EQ(confirm.count, 1);
+    EXPECT_EQ(failure.count, 1) << "one message for every failure";
+    EXPECT_NE(failure.message.Find("C:\\work\\faulty\\tree\\bad1"), wxNOT_FOUND) << failure.message;
+    EXPECT_NE(failure.message.Find("C:\\work\\faulty\\tree\\sub\\bad2"), wxNOT_FOUND)
+        << failure.message;
+    EXPECT_TRUE(Exists(std::string(backing) + "/tree/bad1"));
+    EXPECT_TRUE(Exists(std::string(backing) + "/tree/sub/bad2"));
+    EXPECT_FALSE(Exists(std::string(backing) + "/tree/fine"));
+    ExpectIdle();
+  }
+  std::filesystem::remove_all(backing);
+}
+
+TEST_F(DesDeleteTest, DeletingOnAReadOnlyVolumeRemovesNothingAndSaysWhy) {
+  OpenInWork();
+  mkdir("/mnt/C/work/ro", 0755);
+  ASSERT_EQ(mount("vantori-test-ro", "/mnt/C/work/ro", "tmpfs", 0, "size=1m"), 0) << strerror(errno);
+  vt::WriteFile("/mnt/C/work/ro/old/a.txt", "a");
+  ASSERT_EQ(mount(nullptr, "/mnt/C/work/ro", nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0)
+      << strerror(errno);
+  Reload();
+  Enter("ro");
+  Select("old");
+  vt::SeenBox confirm, failure;
+  {
+    vt::StdoutCapture quiet;
+    wxTEST_DIALOG(Press(ID_DES_DELETE), Answer(wxYES, &confirm), MessageSeen(&failure));
+  }
+  EXPECT_EQ(failure.count, 1);
+  EXPECT_NE(failure.message.Find("read-only"), wxNOT_FOUND) << failure.message;
+  EXPECT_TRUE(Exists("/mnt/C/work/ro/old/a.txt"));
+  ExpectIdle();
+  EXPECT_EQ(umount2("/mnt/C/work/ro", MNT_DETACH), 0);
+}
