@@ -40,6 +40,11 @@ struct FileOpsSeam {
   int (*Syncfs)(int fd);
   ssize_t (*CopyFileRange)(int fdIn, off64_t* offsetIn, int fdOut, off64_t* offsetOut,
                            size_t length, unsigned int flags);
+  // Positioned reads (pread64: the file position stays where it is) and
+  // the file position itself (lseek64), for re-reading a damaged stretch of
+  // a file block by block.
+  ssize_t (*Pread)(int fd, void* buffer, size_t count, off64_t offset);
+  off64_t (*Lseek)(int fd, off64_t offset, int whence);
 };
 
 // Makes the compiler refuse a definition of the table that would need a

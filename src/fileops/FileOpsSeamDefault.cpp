@@ -36,6 +36,10 @@ ssize_t RealCopyFileRange(int fdIn, off64_t* offsetIn, int fdOut, off64_t* offse
                           size_t length, unsigned int flags) {
   return copy_file_range(fdIn, offsetIn, fdOut, offsetOut, length, flags);
 }
+ssize_t RealPread(int fd, void* buffer, size_t count, off64_t offset) {
+  return pread64(fd, buffer, count, offset);
+}
+off64_t RealLseek(int fd, off64_t offset, int whence) { return lseek64(fd, offset, whence); }
 
 }  // namespace
 
@@ -44,5 +48,6 @@ FILEOPS_SEAM_CONSTINIT FileOpsSeam g_FileOpsSeam = {
     RealOpen,     RealOpenat,    RealRead,     RealWrite,    RealClose,
     RealStat,     RealLstat,     RealFstat,    RealFstatat,  RealOpendir,
     RealFdopendir, RealReaddir,  RealClosedir, RealMkdir,    RealMkdirat,
-    RealUnlinkat, RealUtimensat, RealSyncfs,   RealCopyFileRange,
+    RealUnlinkat, RealUtimensat, RealSyncfs,   RealCopyFileRange, RealPread,
+    RealLseek,
 };

@@ -4,6 +4,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "fileops/FileOpsSeam.h"
@@ -14,6 +16,53 @@ namespace {
 // data; any other error only means the kernel cannot move this pair of files
 // that way, and read/write takes over.
 bool DestinationFull(int err) { return err == ENOSPC || err == EDQUOT || err == EFBIG; }
+
+// Adds a stretch after the last one, joined to it when they touch.
+void RecordUnreadable(std::vector<UnreadableRange>* ranges, int64_t offset, int64_t length) {
+  if (length <= 0) return;
+  if (!ranges->empty() && ranges->back().offset + ranges->back().length == offset) {
+    ranges->back().length += length;
+    return;
+  }
+  ranges->push_back(UnreadableRange{offset, length});
+}
+
+// How one block of a salvage ended.
+enum BlockResult {
+  kBlockComplete,  // every byte read
+  kBlockEnd,       // the file ended inside the block
+  kBlockFailed,    // a read failed twice
+  kBlockStopped,   // the caller stopped the salvage before the retry
+};
+
+// An interrupted read (a signal) is not a failure of the disk; only a run of
+// them this long gives up on the block.
+const int kMaxInterruptedReads = 16;
+
+// Reads the block [offset, offset + length) of fd into `into`, each read at
+// its position, until it is complete: a short read is followed by a read of
+// the rest. A failing read is tried once more, from where the block stands.
+// *got: the bytes read from the block's start, also when it failed or
+// ended.
+BlockResult ReadBlock(int fd, unsigned char* into, size_t length, int64_t offset,
+                      const std::atomic<bool>* stop, size_t* got) {
+  *got = 0;
+  int failures = 0;
+  int interrupted = 0;
+  while (*got < length) {
+    const ssize_t n = g_FileOpsSeam.Pread(fd, into + *got, length - *got,
+                                          static_cast<off64_t>(offset + static_cast<int64_t>(*got)));
+    if (n > 0) {
+      *got += static_cast<size_t>(n);
+      continue;
+    }
+    if (n == 0) return kBlockEnd;
+    if (errno == EINTR && ++interrupted < kMaxInterruptedReads) continue;
+    if (++failures > 1) return kBlockFailed;
+    if (stop != nullptr && stop->load()) return kBlockStopped;
+  }
+  return kBlockComplete;
+}
 
 }  // namespace
 
@@ -53,6 +102,7 @@ int FileTransfer::Open() {
   m_deferredError = 0;
   m_read = 0;
   m_written = 0;
+  m_unreadable.clear();
   m_createdDestination = false;
 
   // O_NONBLOCK: opening a FIFO for reading would otherwise wait for a
@@ -158,6 +208,82 @@ ssize_t FileTransfer::ReadChunk() {
   m_read += n;
   if (n == 0) m_deferredError = 0;  // nothing was left to copy
   return n;
+}
+
+ssize_t FileTransfer::SalvageChunk(size_t blockSize, const std::atomic<bool>* stop) {
+  m_pending = 0;
+  m_pendingWritten = false;
+  m_deferredError = 0;
+  if (m_in < 0 || m_out < 0) {
+    m_error = EBADF;
+    return -1;
+  }
+  if (!m_buffer || m_bufferSize == 0 || blockSize == 0) {
+    m_error = EINVAL;
+    return -1;
+  }
+  // The chunk starts where the sequential reads stand (a read that failed
+  // took nothing) and is the buffer's size, cut at the source's size: a
+  // block that stays unreadable there is still part of the file. A copy
+  // that has reached the size fstat gave at Open asks again (the file may
+  // have grown); when the file still ends there, this is its end.
+  const int64_t start = m_read;
+  int64_t size = m_sourceSize;
+  if (start >= size) {
+    struct stat64 st;
+    if (g_FileOpsSeam.Fstat(m_in, &st) == 0) size = static_cast<int64_t>(st.st_size);
+    if (start >= size) return 0;
+  }
+  const int64_t end = std::min(start + static_cast<int64_t>(m_bufferSize), size);
+  const int64_t block = static_cast<int64_t>(blockSize);
+
+  unsigned char* const buffer = m_buffer.get();
+  // The chunk's unreadable stretches join the file's only when the chunk
+  // is complete: a stopped salvage leaves no trace.
+  std::vector<UnreadableRange> lost;
+  int64_t pos = start;
+  while (pos < end) {
+    if (stop != nullptr && stop->load()) {
+      m_error = ECANCELED;
+      return -1;
+    }
+    // Blocks lie on multiples of the block size in the file, as a disk's
+    // sectors do; the first one may be shorter.
+    const int64_t blockEnd = std::min(end, (pos / block + 1) * block);
+    const size_t length = static_cast<size_t>(blockEnd - pos);
+    unsigned char* const into = buffer + (pos - start);
+    size_t got = 0;
+    const BlockResult result = ReadBlock(m_in, into, length, pos, stop, &got);
+    if (result == kBlockStopped) {
+      m_error = ECANCELED;
+      return -1;
+    }
+    if (result == kBlockFailed) {
+      // The bytes the disk did give stay; the rest of the block is zeros.
+      std::memset(into + got, 0, length - got);
+      RecordUnreadable(&lost, pos + static_cast<int64_t>(got), static_cast<int64_t>(length - got));
+      pos = blockEnd;
+      continue;
+    }
+    pos += static_cast<int64_t>(got);
+    if (result == kBlockEnd) break;
+  }
+  // The sequential reads go on after the chunk (the positioned reads did
+  // not move the file position).
+  if (g_FileOpsSeam.Lseek(m_in, static_cast<off64_t>(pos), SEEK_SET) < 0) {
+    m_error = errno;
+    return -1;
+  }
+  for (const UnreadableRange& r : lost) RecordUnreadable(&m_unreadable, r.offset, r.length);
+  m_pending = static_cast<ssize_t>(pos - start);
+  m_read = pos;
+  return m_pending;
+}
+
+int64_t FileTransfer::UnreadableBytes() const {
+  int64_t total = 0;
+  for (const UnreadableRange& r : m_unreadable) total += r.length;
+  return total;
 }
 
 int FileTransfer::WriteChunk() {

@@ -6,6 +6,12 @@
 // A chunk is moved with copy_file_range while the kernel accepts it for the
 // two files (same file system), otherwise read into the buffer and written
 // from it; the steps and their results are the same either way.
+//
+// A chunk that cannot be read can be salvaged instead (SalvageChunk): read
+// again in small blocks at their positions, the blocks that stay unreadable
+// zero-filled and remembered, so that the file is finished with every byte
+// the disk still gives and the caller knows exactly which stretches are
+// zeros.
 #pragma once
 
 #include <stddef.h>
@@ -13,14 +19,23 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
+#include <vector>
 
 // Which end of a transfer failed to open.
 enum TransferEnd {
   kTransferNoEnd = 0,
   kTransferSource = 1,
   kTransferDestination = 2,
+};
+
+// A stretch of the source that could not be read and was written as zeros:
+// byte offset in the file and length.
+struct UnreadableRange {
+  int64_t offset;
+  int64_t length;
 };
 
 class FileTransfer {
@@ -48,6 +63,27 @@ class FileTransfer {
   // when fewer bytes were written (the destination is full, or refused the
   // write: Error()).
   int WriteChunk();
+
+  // After ReadChunk returned -1: reads the chunk that failed (from where the
+  // copy stands, the buffer's size, no further than the source's size when
+  // fstat knew it) again in blocks of blockSize bytes, each at its own
+  // position (pread; the blocks lie on multiples of blockSize in the file).
+  // A block that fails is tried once more; one that fails again is filled
+  // with zeros in the buffer and its stretch recorded (Unreadable()). A
+  // short block is read on until it is complete; a block that meets the end
+  // of the file ends the chunk there. Returns the chunk's bytes, which wait
+  // in the buffer for WriteChunk as a chunk that ReadChunk read does, or 0
+  // at the end of the source; the sequential reads of ReadChunk then go on
+  // after the chunk. -1 with Error(): ECANCELED when *stop was set (looked
+  // at before each block and before each retry; nothing of the chunk is
+  // kept, nothing is written), or the error of putting the file position
+  // after the chunk. Every read goes through the file-operations table, so
+  // the whole salvage of one chunk is one blocking step for a worker thread.
+  ssize_t SalvageChunk(size_t blockSize = 4096, const std::atomic<bool>* stop = nullptr);
+  // The stretches written as zeros so far, in file order, touching
+  // stretches joined into one; their total in bytes.
+  const std::vector<UnreadableRange>& Unreadable() const { return m_unreadable; }
+  int64_t UnreadableBytes() const;
 
   // Closes both files and gives the destination the source's modification
   // and access times. 0, or -1 when the destination's close failed (data
@@ -83,6 +119,7 @@ class FileTransfer {
   int64_t m_sourceSize;
   int64_t m_read = 0;      // bytes taken from the source so far
   int64_t m_written;
+  std::vector<UnreadableRange> m_unreadable;
   struct timespec m_times[2];
   int m_error;
   TransferEnd m_failedEnd;

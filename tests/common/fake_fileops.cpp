@@ -125,6 +125,15 @@ ssize_t TCopyFileRange(int fdIn, off64_t* offsetIn, int fdOut, off64_t* offsetOu
   return F().Real().CopyFileRange(fdIn, offsetIn, fdOut, offsetOut, length, flags);
 }
 
+ssize_t TPread(int fd, void* buffer, size_t count, off64_t offset) {
+  if (F().Before(FakeFileOps::kPread, F().PathOf(fd), &count) != 0) return -1;
+  return F().Real().Pread(fd, buffer, count, offset);
+}
+off64_t TLseek(int fd, off64_t offset, int whence) {
+  if (F().Before(FakeFileOps::kLseek, F().PathOf(fd), nullptr) != 0) return -1;
+  return F().Real().Lseek(fd, offset, whence);
+}
+
 bool Matches(const std::string& pattern, const std::string& path) {
   return pattern.empty() || fnmatch(pattern.c_str(), path.c_str(), 0) == 0;
 }
@@ -135,7 +144,8 @@ const char* FakeFileOps::CallName(Call call) {
   static const char* const kNames[kCallKinds] = {
       "open",    "openat",    "read",    "write",    "close",   "stat",     "lstat",
       "fstat",   "fstatat",   "opendir", "fdopendir", "readdir", "closedir", "mkdir",
-      "mkdirat", "unlinkat",  "utimensat", "syncfs", "copy_file_range"};
+      "mkdirat", "unlinkat",  "utimensat", "syncfs", "copy_file_range",
+      "pread",   "lseek"};
   return call >= 0 && call < kCallKinds ? kNames[call] : "?";
 }
 
@@ -149,7 +159,8 @@ FakeFileOps::FakeFileOps() : real_(&g_saved) {
   g_FileOpsSeam = FileOpsSeam{TOpen,     TOpenat,    TRead,     TWrite,     TClose,
                               TStat,     TLstat,     TFstat,    TFstatat,   TOpendir,
                               TFdopendir, TReaddir,  TClosedir, TMkdir,     TMkdirat,
-                              TUnlinkat, TUtimensat, TSyncfs,   TCopyFileRange};
+                              TUnlinkat, TUtimensat, TSyncfs,   TCopyFileRange,
+                              TPread,    TLseek};
 }
 
 FakeFileOps::~FakeFileOps() {
@@ -235,17 +246,20 @@ int FakeFileOps::Before(Call call, const std::string& path, size_t* count) {
     counts_[call]++;
     calls_.push_back(std::string(CallName(call)) + " " + path);
     for (Rule& r : rules_) {
-      // Short reads also apply to copy_file_range's source side.
+      // Short reads also apply to pread and to copy_file_range's source
+      // side.
       const bool callMatches =
-          r.call == call || (r.type == kShortRead && call == kCopyFileRange);
+          r.call == call ||
+          (r.type == kShortRead && (call == kCopyFileRange || call == kPread));
       if (!callMatches || !Matches(r.pattern, path)) continue;
       r.seen++;
       if (r.nth != 0 && r.seen != r.nth) continue;
       if (r.type == kDelay) {
         sleepMs += r.milliseconds;
       } else if (r.type == kFail) {
-        failWith = r.err;
-        break;
+        // The first failure wins; the rules after it still count the call,
+        // so that "the 2nd" and "the 3rd" call each mean what they say.
+        if (failWith == 0) failWith = r.err;
       } else if (count != nullptr && *count > r.maxBytes) {
         *count = r.maxBytes;
       }

@@ -37,7 +37,7 @@ class FakeFileOps {
   enum Call {
     kOpen, kOpenat, kRead, kWrite, kClose, kStat, kLstat, kFstat, kFstatat, kOpendir,
     kFdopendir, kReaddir, kClosedir, kMkdir, kMkdirat, kUnlinkat, kUtimensat, kSyncfs,
-    kCopyFileRange, kCallKinds
+    kCopyFileRange, kPread, kLseek, kCallKinds
   };
   static const char* CallName(Call call);
 
@@ -51,9 +51,14 @@ class FakeFileOps {
 
   // The call fails with err (-1 or null, errno = err). pattern empty: any
   // path; nth 0: every matching call, otherwise only the nth one (from 1).
+  // Every rule counts every call it matches, whatever the other rules do:
+  // Fail(kRead, EIO, p, 2) and Fail(kRead, EIO, p, 3) fail the 2nd and the
+  // 3rd read. When several failures meet one call, the first rule's wins.
   void Fail(Call call, int err, const std::string& pattern = "", int nth = 0);
-  // Reads (read, copy_file_range's source) and writes (write,
+  // Reads (read, pread, copy_file_range's source) and writes (write,
   // copy_file_range's target) of matching descriptors move at most maxBytes.
+  // A Fail or Delay rule names one call kind: a rule for kRead does not
+  // touch pread, nor one for kPread read.
   void ShortRead(size_t maxBytes, const std::string& pattern = "", int nth = 0);
   void ShortWrite(size_t maxBytes, const std::string& pattern = "", int nth = 0);
   // The call sleeps that long before it runs.

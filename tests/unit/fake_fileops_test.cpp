@@ -150,6 +150,68 @@ TEST(FakeFileOps, ShortReadsAndShortWrites) {
   EXPECT_EQ(st.st_size, 7 + 50 + 100);
 }
 
+TEST(FakeFileOps, PositionedReadsHaveRulesOfTheirOwn) {
+  vt::ScratchTree t;
+  vt::WriteFile(t.Path("src"), "0123456789abcdef");
+  FakeFileOps fake;
+  fake.Fail(FakeFileOps::kRead, EIO, "*/src");        // plain reads only
+  fake.Fail(FakeFileOps::kPread, ENXIO, "*/src", 2);   // the 2nd pread only
+  fake.Delay(FakeFileOps::kPread, 120, "*/src", 3);
+  fake.Fail(FakeFileOps::kLseek, ESPIPE, "*/src", 2);
+  const int in = g_FileOpsSeam.Open(t.Path("src").c_str(), O_RDONLY, 0);
+  ASSERT_GE(in, 0);
+  char buf[16] = {};
+  errno = 0;
+  EXPECT_EQ(g_FileOpsSeam.Read(in, buf, 4), -1);
+  EXPECT_EQ(errno, EIO);
+  EXPECT_EQ(g_FileOpsSeam.Pread(in, buf, 4, 10), 4) << "a read rule leaves pread alone";
+  EXPECT_EQ(std::string(buf, 4), "abcd");
+  errno = 0;
+  EXPECT_EQ(g_FileOpsSeam.Pread(in, buf, 4, 10), -1);
+  EXPECT_EQ(errno, ENXIO);
+  const double t0 = NowMs();
+  EXPECT_EQ(g_FileOpsSeam.Pread(in, buf, 8, 8), 8);
+  EXPECT_GE(NowMs() - t0, 115) << "delayed";
+  EXPECT_EQ(std::string(buf, 8), "89abcdef");
+  EXPECT_EQ(g_FileOpsSeam.Lseek(in, 5, SEEK_SET), 5);
+  errno = 0;
+  EXPECT_EQ(g_FileOpsSeam.Lseek(in, 6, SEEK_SET), -1);
+  EXPECT_EQ(errno, ESPIPE);
+
+  // A short-read rule covers pread as it covers read.
+  fake.ClearRules();
+  fake.ShortRead(3, "*/src");
+  EXPECT_EQ(g_FileOpsSeam.Pread(in, buf, 8, 2), 3);
+  EXPECT_EQ(std::string(buf, 3), "234");
+  EXPECT_EQ(g_FileOpsSeam.Read(in, buf, 8), 3) << "from the position the first lseek set";
+  EXPECT_EQ(std::string(buf, 3), "567");
+  g_FileOpsSeam.Close(in);
+  EXPECT_EQ(fake.Count(FakeFileOps::kPread), 4);
+  EXPECT_EQ(fake.Count(FakeFileOps::kLseek), 2);
+  EXPECT_EQ(fake.Calls()[3], "pread " + t.Path("src"));
+  EXPECT_STREQ(FakeFileOps::CallName(FakeFileOps::kPread), "pread");
+  EXPECT_STREQ(FakeFileOps::CallName(FakeFileOps::kLseek), "lseek");
+}
+
+TEST(FakeFileOps, EveryRuleCountsEveryMatchingCall) {
+  vt::ScratchTree t;
+  t.File("f", 10);
+  FakeFileOps fake;
+  fake.Fail(FakeFileOps::kPread, EIO, "*/f", 2);
+  fake.Fail(FakeFileOps::kPread, ENXIO, "*/f", 3);
+  fake.Fail(FakeFileOps::kPread, EBADF, "*/f", 3);  // the first of two wins
+  const int fd = g_FileOpsSeam.Open(t.Path("f").c_str(), O_RDONLY, 0);
+  ASSERT_GE(fd, 0);
+  char buf[4];
+  std::vector<int> results;
+  for (int i = 0; i < 4; ++i) {
+    errno = 0;
+    results.push_back(g_FileOpsSeam.Pread(fd, buf, 4, 0) < 0 ? errno : 0);
+  }
+  g_FileOpsSeam.Close(fd);
+  EXPECT_EQ(results, (std::vector<int>{0, EIO, ENXIO, 0}));
+}
+
 TEST(FakeFileOps, DelaysACall) {
   vt::ScratchTree t;
   FakeFileOps fake;
