@@ -155,18 +155,23 @@ int FileTransfer::Open() {
   return 0;
 }
 
-ssize_t FileTransfer::ReadChunk() {
+bool FileTransfer::BeginChunk() {
   m_pending = 0;
   m_pendingWritten = false;
   m_deferredError = 0;
   if (m_in < 0 || m_out < 0) {
     m_error = EBADF;
-    return -1;
+    return false;
   }
   if (!m_buffer || m_bufferSize == 0) {
     m_error = EINVAL;
-    return -1;
+    return false;
   }
+  return true;
+}
+
+ssize_t FileTransfer::ReadChunk() {
+  if (!BeginChunk()) return -1;
   while (m_useCopyRange) {
     // Null offsets: both files' positions move on by what was copied, so
     // read/write can take over at any chunk.
@@ -211,14 +216,8 @@ ssize_t FileTransfer::ReadChunk() {
 }
 
 ssize_t FileTransfer::SalvageChunk(size_t blockSize, const std::atomic<bool>* stop) {
-  m_pending = 0;
-  m_pendingWritten = false;
-  m_deferredError = 0;
-  if (m_in < 0 || m_out < 0) {
-    m_error = EBADF;
-    return -1;
-  }
-  if (!m_buffer || m_bufferSize == 0 || blockSize == 0) {
+  if (!BeginChunk()) return -1;
+  if (blockSize == 0) {
     m_error = EINVAL;
     return -1;
   }

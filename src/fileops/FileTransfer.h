@@ -69,7 +69,8 @@ class FileTransfer {
   // fstat knew it) again in blocks of blockSize bytes, each at its own
   // position (pread; the blocks lie on multiples of blockSize in the file).
   // A block that fails is tried once more; one that fails again is filled
-  // with zeros in the buffer and its stretch recorded (Unreadable()). A
+  // with zeros in the buffer from where its reads stopped, and that stretch
+  // is recorded (Unreadable()). A
   // short block is read on until it is complete; a block that meets the end
   // of the file ends the chunk there. Returns the chunk's bytes, which wait
   // in the buffer for WriteChunk as a chunk that ReadChunk read does, or 0
@@ -79,6 +80,8 @@ class FileTransfer {
   // kept, nothing is written), or the error of putting the file position
   // after the chunk. Every read goes through the file-operations table, so
   // the whole salvage of one chunk is one blocking step for a worker thread.
+  // After a salvage that returned a count, Error() still tells the error of
+  // the read that failed.
   ssize_t SalvageChunk(size_t blockSize = 4096, const std::atomic<bool>* stop = nullptr);
   // The stretches written as zeros so far, in file order, touching
   // stretches joined into one; their total in bytes.
@@ -104,6 +107,9 @@ class FileTransfer {
 
  private:
   void CloseBoth();
+  // Forgets the last chunk and checks that a chunk can be read: false with
+  // Error() when the files are not open or there is no buffer.
+  bool BeginChunk();
 
   std::string m_source;
   std::string m_destination;
