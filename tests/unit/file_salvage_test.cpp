@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <initializer_list>
 #include <memory>
 #include <random>
 #include <string>
@@ -44,6 +45,12 @@ std::string Bytes(size_t size, unsigned seed) {
   return s;
 }
 
+// The listed calls of that kind on the source (counted from 1) fail with
+// EIO.
+void FailSource(FakeFileOps& fake, FakeFileOps::Call call, std::initializer_list<int> turns) {
+  for (int turn : turns) fake.Fail(call, EIO, "*/src.bin", turn);
+}
+
 class FileSalvageTest : public ::testing::Test {
  protected:
   std::string Src() const { return tree.Path("src.bin"); }
@@ -57,8 +64,7 @@ TEST_F(FileSalvageTest, ABlockThatStaysUnreadableIsZeroFilledAndRecorded) {
   FakeFileOps fake;
   fake.Fail(FakeFileOps::kCopyFileRange, EXDEV);
   fake.Fail(FakeFileOps::kRead, EIO, "*/src.bin", 2);   // the second chunk
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 2);  // its second block ...
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 3);  // ... and the retry
+  FailSource(fake, FakeFileOps::kPread, {2, 3});  // its second block, and the retry
   FileTransfer t(Src(), Dst(), Buffer(kChunk), kChunk);
   ASSERT_EQ(CopyWithSalvage(t), 1);
   const std::vector<UnreadableRange> expected = {{static_cast<int64_t>(kChunk + kBlock), kBlock}};
@@ -158,10 +164,7 @@ TEST_F(FileSalvageTest, BlocksLieOnMultiplesOfTheBlockSizeInTheFile) {
   fake.Fail(FakeFileOps::kCopyFileRange, EXDEV);
   fake.Fail(FakeFileOps::kRead, EIO, "*/src.bin", 2);
   // [10000, 12288): preads 1 and 2; [12288, 16384): 3; [16384, 20000): 4, 5.
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 1);
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 2);
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 4);
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 5);
+  FailSource(fake, FakeFileOps::kPread, {1, 2, 4, 5});
   FileTransfer t(Src(), Dst(), Buffer(buffer), buffer);
   ASSERT_EQ(CopyWithSalvage(t), 1);
   const std::vector<UnreadableRange> expected = {{10000, 12288 - 10000}, {16384, 20000 - 16384}};
@@ -178,18 +181,13 @@ TEST_F(FileSalvageTest, TouchingStretchesOfSeveralChunksAreJoined) {
   vt::WriteFile(Src(), data);
   FakeFileOps fake;
   fake.Fail(FakeFileOps::kCopyFileRange, EXDEV);
-  fake.Fail(FakeFileOps::kRead, EIO, "*/src.bin", 2);
-  fake.Fail(FakeFileOps::kRead, EIO, "*/src.bin", 3);
-  fake.Fail(FakeFileOps::kRead, EIO, "*/src.bin", 4);
+  FailSource(fake, FakeFileOps::kRead, {2, 3, 4});
   // Chunk 2: preads 1-4, the 4th (its last block) fails twice: 4, 5.
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 4);
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 5);
+  FailSource(fake, FakeFileOps::kPread, {4, 5});
   // Chunk 3: preads 6-..., its first block fails twice: 6, 7.
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 6);
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 7);
+  FailSource(fake, FakeFileOps::kPread, {6, 7});
   // Chunk 3 ends with pread 10; chunk 4: preads 11-14, its 3rd block: 13, 14.
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 13);
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 14);
+  FailSource(fake, FakeFileOps::kPread, {13, 14});
   FileTransfer t(Src(), Dst(), Buffer(kChunk), kChunk);
   ASSERT_EQ(CopyWithSalvage(t), 3);
   const std::vector<UnreadableRange> expected = {
@@ -207,8 +205,7 @@ TEST_F(FileSalvageTest, SequentialReadsGoOnAfterTheSalvagedChunk) {
   vt::WriteFile(Src(), data);
   FakeFileOps fake;
   fake.Fail(FakeFileOps::kCopyFileRange, EXDEV);
-  fake.Fail(FakeFileOps::kRead, EIO, "*/src.bin", 2);
-  fake.Fail(FakeFileOps::kRead, EIO, "*/src.bin", 4);
+  FailSource(fake, FakeFileOps::kRead, {2, 4});
   FileTransfer t(Src(), Dst(), Buffer(kChunk), kChunk);
   ASSERT_EQ(CopyWithSalvage(t), 2);
   EXPECT_TRUE(t.Unreadable().empty());
@@ -228,8 +225,7 @@ TEST_F(FileSalvageTest, AfterCopyFileRangeFailsTheSalvageTakesOverAtTheRightPlac
   FakeFileOps fake;
   fake.Fail(FakeFileOps::kCopyFileRange, EIO, "*/src.bin", 3);
   fake.Fail(FakeFileOps::kRead, EIO, "*/src.bin", 1);
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 3);
-  fake.Fail(FakeFileOps::kPread, EIO, "*/src.bin", 4);
+  FailSource(fake, FakeFileOps::kPread, {3, 4});
   FileTransfer t(Src(), Dst(), Buffer(kChunk), kChunk);
   ASSERT_EQ(CopyWithSalvage(t), 1);
   const std::vector<UnreadableRange> expected = {{static_cast<int64_t>(2 * kChunk + 2 * kBlock), kBlock}};
