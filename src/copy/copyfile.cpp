@@ -13,6 +13,7 @@
 #include <wx/timer.h>
 
 #include <algorithm>
+#include <atomic>
 
 #include "copy/my_dialog_gauge.h"
 #include "destination/Des_PathInfo.h"
@@ -37,6 +38,8 @@ const int kDoneSizeEvery = 15;
 // The screen gets new texts at most this often (milliseconds): a copy of
 // many small files must not spend its time drawing names nobody can read.
 const long kScreenInterval = 40;
+// Blocks in which a chunk that cannot be read is read again.
+const size_t kSalvageBlock = 4096;
 // How long the closing of a file may take before the job stops waiting for
 // it (a destination that hangs).
 const long kCloseWaitMs = 3000;
@@ -109,6 +112,8 @@ struct copyfile::Transfer {
   int written = 0;   // WriteChunk's result
   int finished = 0;  // Finish's result
   bool dropped = false;
+  // Set when the job stops waiting: a salvage looks at it between blocks.
+  std::atomic<bool> stop{false};
 };
 
 copyfile::copyfile(wxString source, wxString destination, my_dialog_gauge* dialog)
@@ -334,6 +339,7 @@ void copyfile::PostIo(std::function<void()> call) {
 void copyfile::DropPartial(const std::shared_ptr<Transfer>& transfer) {
   if (!transfer || transfer->dropped) return;
   transfer->dropped = true;
+  transfer->stop = true;
   if (transfer->opened == 0) {
     // Removed here and now, even when a step of it hangs on the worker: the
     // name goes at once, the descriptors close when that step returns.
@@ -372,7 +378,10 @@ int copyfile::CreateFile(wxString source, wxString destination) {
 
 int copyfile::OpenFailureKind(const FileTransfer& file) const {
   const int error = file.Error();
-  if (file.FailedEnd() == kTransferSource) return error == ENOENT ? kCopyVanished : kCopyNotOpened;
+  if (file.FailedEnd() == kTransferSource) {
+    if (error == ENOENT) return kCopyVanished;
+    return error == EIO ? kCopyReadFailed : kCopyNotOpened;
+  }
   if (error != EINVAL && error != EILSEQ && error != ENAMETOOLONG) return kCopyNotOpened;
   // EINVAL also stands for a file refused as its own destination.
   struct stat64 source;
@@ -422,14 +431,27 @@ int copyfile::CopyOneFile(const std::string& source, const std::string& destinat
       DropPartial(transfer);
       return COPY_FILE_CANCELLED;
     }
+    if (transfer->read < 0) {
+      // A failing source: the chunk is read again block by block, each
+      // failing block once more, and what stays unreadable becomes zeros
+      // (listed as the file's damage). One step on the worker; a Cancel
+      // stops it between blocks.
+      const bool salvaged = RunIo([transfer] {
+        transfer->read = transfer->file.SalvageChunk(kSalvageBlock, &transfer->stop);
+      });
+      if (!salvaged) {
+        DropPartial(transfer);
+        return COPY_FILE_CANCELLED;
+      }
+      if (transfer->read < 0) {
+        // Not even the salvage could go on: nothing of this file stays.
+        Problem(source, kCopyReadFailed, transfer->file.Error(), size);
+        DropPartial(transfer);
+        return COPY_FILE_READ_FAILED;
+      }
+    }
     const ssize_t count = transfer->read;
     if (count == 0) break;
-    if (count < 0) {
-      // A failing source: nothing of this file stays in the destination.
-      Problem(source, kCopyReadFailed, transfer->file.Error());
-      DropPartial(transfer);
-      return COPY_FILE_READ_FAILED;
-    }
     if (Cancelled()) {
       DropPartial(transfer);
       return COPY_FILE_CANCELLED;
@@ -484,6 +506,21 @@ int copyfile::CopyOneFile(const std::string& source, const std::string& destinat
     // what it holds is not known to be complete.
     DropPartial(transfer);
     return COPY_FILE_DISK_FULL;
+  }
+  if (transfer->file.UnreadableBytes() > 0) {
+    CopyProblem damage;
+    damage.path = source;
+    damage.kind = kCopySalvaged;
+    damage.error = transfer->file.Error();
+    damage.size = size;
+    damage.unreadableBytes = transfer->file.UnreadableBytes();
+    for (const UnreadableRange& range : transfer->file.Unreadable()) {
+      CopyRange stretch;
+      stretch.offset = range.offset;
+      stretch.length = range.length;
+      damage.unreadable.push_back(stretch);
+    }
+    m_problems.push_back(damage);
   }
   return COPY_FILE_DONE;
 }

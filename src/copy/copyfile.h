@@ -37,7 +37,8 @@ class FileTransfer;
 enum {
   COPY_FILE_DONE = 0,
   COPY_FILE_NOT_OPENED = 1,
-  COPY_FILE_READ_FAILED = 2,   // recorded, the partial file removed; the copy goes on
+  COPY_FILE_READ_FAILED = 2,   // not even a salvage could read on: recorded, the partial
+                               // file removed; the copy goes on
   COPY_FILE_CANCELLED = 10,
   COPY_FILE_DISK_FULL = -1,
 };

@@ -245,24 +245,49 @@ TEST_F(CopyEngineTest, AJobUnder100BytesMovesTheGaugeByBytes) {
   Settle();
 }
 
-TEST_F(CopyEngineTest, AReadErrorLeavesNoPartialFileAndTheCopyGoesOn) {
-  vt::WriteFile(src + "bad.bin", Bytes(3 * 1024 * 1024, 4));
+TEST_F(CopyEngineTest, AChunkThatCannotBeReadIsSalvagedAndTheCopyGoesOn) {
+  const std::string data = Bytes(3 * 1024 * 1024, 4);
+  vt::WriteFile(src + "bad.bin", data);
   vt::WriteFile(src + "good.bin", Bytes(5000, 5));
   vt::FakeFileOps files;
   // copy_file_range would move the chunks past the read call.
   files.Fail(vt::FakeFileOps::kCopyFileRange, EXDEV);
+  // The second chunk fails, and so do the blocks of 8 KiB of it.
   files.Fail(vt::FakeFileOps::kRead, EIO, "*/src/bad.bin", 2);
+  for (int nth = 3; nth <= 4; ++nth)
+    for (int attempt = 0; attempt < 2; ++attempt)
+      files.Fail(vt::FakeFileOps::kPread, EIO, "*/src/bad.bin", (nth - 3) * 2 + attempt + 3);
   Select({"bad.bin", "good.bin"});
   RunCopy();
   Settle();
-  EXPECT_FALSE(Exists(dst + "bad.bin")) << "no truncated copy of a file that could not be read";
+  std::string expected = data;
+  // Blocks 3 and 4 of the chunk at 1 MiB stayed unreadable (each read twice).
+  std::fill(expected.begin() + 1048576 + 2 * 4096, expected.begin() + 1048576 + 4 * 4096, '\0');
+  EXPECT_TRUE(vt::ReadFile(dst + "bad.bin") == expected) << "the rest of the file is whole";
   EXPECT_EQ(vt::ReadFile(dst + "good.bin"), vt::ReadFile(src + "good.bin"));
   EXPECT_EQ(g_lastCopyOutcome.result, 1);
   ASSERT_EQ(g_lastCopyOutcome.problems.size(), 1u);
-  EXPECT_EQ(g_lastCopyOutcome.problems[0].kind, kCopyReadFailed);
-  EXPECT_EQ(g_lastCopyOutcome.problems[0].error, EIO);
-  EXPECT_EQ(g_lastCopyOutcome.problems[0].path, src + "bad.bin");
+  const CopyProblem& damage = g_lastCopyOutcome.problems[0];
+  EXPECT_EQ(damage.kind, kCopySalvaged);
+  EXPECT_EQ(damage.path, src + "bad.bin");
+  EXPECT_EQ(damage.size, 3 * 1024 * 1024);
+  EXPECT_EQ(damage.unreadableBytes, 8192);
+  ASSERT_EQ(damage.unreadable.size(), 1u);
+  EXPECT_EQ(damage.unreadable[0].offset, 1048576 + 2 * 4096);
+  EXPECT_EQ(damage.unreadable[0].length, 8192);
   EXPECT_EQ(files.OpenDescriptors(), 0);
+}
+
+TEST_F(CopyEngineTest, ASourceThatFailsToOpenWithAnIoErrorIsAReadFailure) {
+  vt::WriteFile(src + "dead.bin", "d");
+  vt::FakeFileOps files;
+  files.Fail(vt::FakeFileOps::kOpen, EIO, "*/src/dead.bin");
+  Select({"dead.bin"});
+  wxTEST_DIALOG(RunCopy(), wxExpectModal<wxMessageDialog>(wxOK).Describe("the open failure"));
+  Settle();
+  ASSERT_EQ(g_lastCopyOutcome.problems.size(), 1u);
+  EXPECT_EQ(g_lastCopyOutcome.problems[0].kind, kCopyReadFailed);
+  EXPECT_FALSE(Exists(dst + "dead.bin"));
 }
 
 TEST_F(CopyEngineTest, ACancelBetweenTwoFilesTakesEffectAtTheNextFilesFirstChunk) {
