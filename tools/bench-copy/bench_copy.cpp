@@ -1,0 +1,307 @@
+// Copying benchmark: copies three sets of data through the real progress
+// dialog (shown, collecting first, then every chunk with its gauge, texts
+// and cancel check) and with `cp` / `cp -r`, in the same run, on the same
+// source and destination file system, caches warm, and prints the times and
+// the ratio of the medians of three rounds:
+//   one file of 1 GiB                        (goal: at most 1.05 x cp)
+//   10,000 files of 4 KiB in 100 folders     (goal: at most 1.5 x cp -r)
+//   1,000 files of 1 MiB in 10 folders       (goal: at most 1.2 x cp -r)
+// After each copy through the dialog it checks the progress texts at the
+// end (files and size done equal to the totals, gauge 100, time left
+// "00:00:00") and that the copy is byte for byte the source (diff -r).
+//   bench_copy FOLDER_BASE [one|small|mid ...]
+#include <wx/app.h>
+#include <wx/frame.h>
+#include <wx/init.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "copy/CopyOutcome.h"
+#include "copy/my_dialog_gauge.h"
+#include "destination/Des_PathInfo.h"
+#include "display/Conversion.h"
+
+class BenchApp : public wxApp {
+ public:
+  bool OnInit() override { return true; }
+};
+wxIMPLEMENT_APP_NO_MAIN(BenchApp);
+
+namespace {
+
+const size_t kMiB = 1024 * 1024;
+
+double Now() {
+  using namespace std::chrono;
+  return duration<double>(steady_clock::now().time_since_epoch()).count();
+}
+
+bool Run(const std::string& command) { return std::system(command.c_str()) == 0; }
+
+std::string Quoted(const std::string& path) { return "'" + path + "'"; }
+
+// A file of varied bytes (each MiB differs from the others).
+bool MakeFile(const std::string& path, size_t bytes, uint64_t seed) {
+  const int fd = open(path.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
+  if (fd < 0) return false;
+  std::vector<uint64_t> block(std::min(bytes, kMiB) / 8 + 1);
+  uint64_t x = seed * 0x9E3779B97F4A7C15ull + 1;
+  bool ok = true;
+  for (size_t done = 0; ok && done < bytes;) {
+    for (uint64_t& w : block) {
+      x ^= x << 13;
+      x ^= x >> 7;
+      x ^= x << 17;
+      w = x;
+    }
+    const size_t n = std::min(bytes - done, block.size() * 8);
+    ok = write(fd, block.data(), n) == static_cast<ssize_t>(n);
+    done += n;
+  }
+  return close(fd) == 0 && ok;
+}
+
+// One set of data: where it lies, how the dialog is given it and how cp
+// copies it.
+struct DataSet {
+  std::string key;
+  std::string title;
+  double goal;
+  int files;
+  int folders;
+  int64_t bytes;
+  bool treeSource;    // a folder copied whole (cp -r), else one selected file (cp)
+  std::string name;   // the folder or the file below the source base
+};
+
+bool MakeData(const DataSet& set, const std::string& src) {
+  const std::string root = src + "/" + set.key;
+  if (mkdir(root.c_str(), 0755) != 0) return false;
+  if (!set.treeSource) return MakeFile(root + "/" + set.name, static_cast<size_t>(set.bytes), 1);
+  const std::string top = root + "/" + set.name;
+  if (mkdir(top.c_str(), 0755) != 0) return false;
+  const int perFolder = set.files / set.folders;
+  const size_t size = static_cast<size_t>(set.bytes / set.files);
+  for (int d = 0; d < set.folders; ++d) {
+    char folder[600];
+    snprintf(folder, sizeof folder, "%s/folder %03d", top.c_str(), d);
+    if (mkdir(folder, 0755) != 0) return false;
+    for (int f = 0; f < perFolder; ++f) {
+      char file[700];
+      snprintf(file, sizeof file, "%s/file %04d.dat", folder, f);
+      if (!MakeFile(file, size, static_cast<uint64_t>(d) * 100000 + f + 1)) return false;
+    }
+  }
+  return true;
+}
+
+// What the dialog showed when the copy ended.
+struct EndTexts {
+  wxString totalFiles, doneFiles, totalSize, doneSize, timeLeft;
+  int gauge = -1;
+};
+
+// Copies the set through the progress dialog over `owner`; diagnostics go
+// to `log`. Returns the seconds from opening the dialog until it has gone.
+double CopyOurWay(wxWindow* owner, const DataSet& set, const std::string& src,
+                  const std::string& dst, const std::string& log, EndTexts* texts,
+                  int64_t* result) {
+  const std::string from = src + "/" + set.key, to = dst + "/" + set.key;
+  mkdir(to.c_str(), 0755);
+  if (set.treeSource) {
+    // The copy command creates the folder first and copies into it.
+    mkdir((to + "/" + set.name).c_str(), 0755);
+    g_Des_PathInfo.m_sourcePath = wxString::FromUTF8(from + "/" + set.name);
+    g_Des_PathInfo.m_sourceItems.Clear();
+    g_Des_PathInfo.m_destPath = wxString::FromUTF8(to + "/" + set.name);
+  } else {
+    g_Des_PathInfo.m_sourcePath = wxString::FromUTF8(from + "/");
+    g_Des_PathInfo.m_sourceItems.Clear();
+    g_Des_PathInfo.m_sourceItems.Add(wxString::FromUTF8(set.name));
+    g_Des_PathInfo.m_destPath = wxString::FromUTF8(to + "/");
+  }
+  g_Des_PathInfo.m_result = DES_RESULT_OK;
+  g_lastCopyOutcome = CopyOutcome();
+  fflush(stdout);
+  const int saved = dup(1);
+  const int fd = open(log.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
+  dup2(fd, 1);
+  close(fd);
+  const double start = Now();
+  // Runs the whole copy and destroys itself (deferred): it is still there
+  // to be read until the next idle time.
+  my_dialog_gauge* dialog = new my_dialog_gauge(owner, -1, "Copying Data", wxPoint(250, 200),
+                                                wxSize(500, 255), wxDEFAULT_DIALOG_STYLE);
+  texts->totalFiles = dialog->m_totalFilesText->GetLabel();
+  texts->doneFiles = dialog->m_doneFilesText->GetLabel();
+  texts->totalSize = dialog->m_totalSizeText->GetLabel();
+  texts->doneSize = dialog->m_doneSizeText->GetLabel();
+  texts->timeLeft = dialog->m_timeLeftText->GetLabel();
+  texts->gauge = dialog->m_gauge->GetValue();
+  wxTheApp->ProcessPendingEvents();
+  wxTheApp->ProcessIdle();
+  const double t = Now() - start;
+  fflush(stdout);
+  dup2(saved, 1);
+  close(saved);
+  *result = g_lastCopyOutcome.result;
+  return t;
+}
+
+double CopyWithCp(const DataSet& set, const std::string& src, const std::string& dst, bool* ok) {
+  const std::string from = src + "/" + set.key, to = dst + "/" + set.key;
+  mkdir(to.c_str(), 0755);
+  const std::string cmd =
+      set.treeSource ? "cp -r " + Quoted(from + "/" + set.name) + " " + Quoted(to + "/")
+                     : "cp " + Quoted(from + "/" + set.name) + " " + Quoted(to + "/" + set.name);
+  const double start = Now();
+  *ok = Run(cmd);
+  return Now() - start;
+}
+
+bool Identical(const DataSet& set, const std::string& src, const std::string& dst) {
+  return Run("diff -r -q " + Quoted(src + "/" + set.key) + " " + Quoted(dst + "/" + set.key) +
+             " >/dev/null");
+}
+
+// Empties the destination and writes back what the last copy left dirty,
+// so that no copy pays for the one before it.
+void Clear(const std::string& dst) {
+  Run("rm -rf " + Quoted(dst) + " && mkdir -p " + Quoted(dst));
+  sync();
+}
+
+double Median(std::vector<double> v) {
+  std::sort(v.begin(), v.end());
+  return v[v.size() / 2];
+}
+
+wxString Thousands(long long value) {
+  return Conversion_Str(wxString::Format("%lld", value));
+}
+
+// The texts the dialog must show at the end of a whole copy of the set.
+bool CheckTexts(const DataSet& set, const EndTexts& t, std::string* why) {
+  const wxString files = Thousands(set.files);
+  const wxString size = Thousands(set.bytes / 1024) + " KB";
+  std::string bad;
+  if (t.totalFiles != files) bad += " total files \"" + t.totalFiles.utf8_string() + "\"";
+  if (t.doneFiles != t.totalFiles) bad += " done files \"" + t.doneFiles.utf8_string() + "\"";
+  if (t.totalSize != size) bad += " total size \"" + t.totalSize.utf8_string() + "\"";
+  if (t.doneSize != t.totalSize) bad += " done size \"" + t.doneSize.utf8_string() + "\"";
+  if (t.gauge != 100) bad += " gauge " + std::to_string(t.gauge);
+  if (t.timeLeft != "00:00:00") bad += " time left \"" + t.timeLeft.utf8_string() + "\"";
+  *why = bad.empty() ? "files " + t.doneFiles.utf8_string() + " / " + t.totalFiles.utf8_string() +
+                           ", size " + t.doneSize.utf8_string() + " / " +
+                           t.totalSize.utf8_string() + ", gauge 100, time left 00:00:00"
+                     : "WRONG:" + bad + " (expected files " + files.utf8_string() + ", size " +
+                           size.utf8_string() + ")";
+  return bad.empty();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::string base = argc > 1 ? argv[1] : "/tmp/vantori-bench-copy";
+  std::vector<std::string> wanted;
+  for (int i = 2; i < argc; ++i) wanted.push_back(argv[i]);
+  if (!wxEntryStart(argc, argv)) {
+    fprintf(stderr, "bench-copy: no display\n");
+    return 2;
+  }
+  wxTheApp->CallOnInit();
+  auto* owner = new wxFrame(nullptr, wxID_ANY, "bench-copy", wxPoint(0, 0), wxSize(800, 600));
+  owner->Show();
+  wxYieldIfNeeded();
+
+  const std::vector<DataSet> sets = {
+      {"one", "one file of 1 GiB", 1.05, 1, 0, 1024 * static_cast<int64_t>(kMiB), false, "big.bin"},
+      {"small", "10,000 files of 4 KiB in 100 folders", 1.5, 10000, 100, 10000 * 4096LL, true,
+       "small"},
+      {"mid", "1,000 files of 1 MiB in 10 folders", 1.2, 1000, 10, 1000 * static_cast<int64_t>(kMiB),
+       true, "mid"},
+  };
+  const std::string src = base + "/src", dst = base + "/dst";
+  Run("rm -rf " + Quoted(base) + " && mkdir -p " + Quoted(src) + " " + Quoted(dst));
+  printf("copying on %s: the progress dialog beside cp, medians of 3 rounds\n", base.c_str());
+  fflush(stdout);
+  bool allOk = true;
+  for (const DataSet& set : sets) {
+    if (!wanted.empty() && std::find(wanted.begin(), wanted.end(), set.key) == wanted.end())
+      continue;
+    if (!MakeData(set, src)) {
+      fprintf(stderr, "bench-copy: cannot build %s under %s\n", set.title.c_str(), src.c_str());
+      return 1;
+    }
+    sync();
+    // Warm: the source is read once (by cp) before anything is timed.
+    bool ok = false;
+    CopyWithCp(set, src, dst, &ok);
+    Clear(dst);
+    std::vector<double> ours, cps;
+    bool setOk = ok, allSame = true;
+    std::string texts;
+    for (int round = 0; round < 3; ++round) {
+      double t1 = 0, t2 = 0;
+      EndTexts end;
+      int64_t result = 0;
+      bool cpOk = false, same = false, textsOk = false;
+      auto ourRun = [&] {
+        Clear(dst);
+        t1 = CopyOurWay(owner, set, src, dst, base + "/diagnostics.log", &end, &result);
+        textsOk = CheckTexts(set, end, &texts);
+        same = result == 1 && Identical(set, src, dst);
+        Clear(dst);
+      };
+      auto cpRun = [&] {
+        Clear(dst);
+        t2 = CopyWithCp(set, src, dst, &cpOk);
+        Clear(dst);
+      };
+      // Alternate which goes first.
+      if (round % 2 == 0) {
+        ourRun();
+        cpRun();
+      } else {
+        cpRun();
+        ourRun();
+      }
+      ours.push_back(t1);
+      cps.push_back(t2);
+      setOk = setOk && cpOk && same && textsOk;
+      allSame = allSame && same;
+      printf("  %s round %d: dialog %.3f s   cp %.3f s   ratio %.2f%s%s%s\n", set.key.c_str(),
+             round + 1, t1, t2, t1 / t2, result == 1 ? "" : "   (result not 1)",
+             same ? "" : "   (copy NOT identical)", textsOk ? "" : "   (texts WRONG)");
+      if (!textsOk) printf("    %s\n", texts.c_str());
+      fflush(stdout);
+    }
+    const double ratio = Median(ours) / Median(cps);
+    printf("%s: dialog %.3f s   %s %.3f s   ratio %.2f (goal: at most %.2f)%s\n",
+           set.title.c_str(), Median(ours), set.treeSource ? "cp -r" : "cp", Median(cps), ratio,
+           set.goal,
+           ratio <= set.goal ? "   met"
+                             : ("   MISSED by " + std::to_string(static_cast<int>(
+                                                      (ratio / set.goal - 1) * 100 + 0.5)) +
+                                " %").c_str());
+    printf("  progress texts at the end: %s\n  copy identical to the source (diff -r): %s\n",
+           texts.c_str(), allSame ? "yes" : "NO");
+    fflush(stdout);
+    allOk = allOk && setOk;
+    Run("rm -rf " + Quoted(src + "/" + set.key));
+  }
+  owner->Destroy();
+  wxTheApp->ProcessIdle();
+  wxEntryCleanup();
+  return allOk ? 0 : 1;
+}
