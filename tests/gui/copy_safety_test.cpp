@@ -234,8 +234,10 @@ TEST_F(CopySafetyTest, FullDestinationStopsWithTheMessageAndLeavesNoPartialFile)
   }
   EXPECT_EQ(Entries("/mnt/T/to").size(), 3u);
   EXPECT_EQ(files.OpenDescriptors(), 0);
+  // Collecting looked at it; copying never opened it.
   for (const std::string& call : files.Calls())
-    EXPECT_EQ(call.find("/mnt/S/full/after"), std::string::npos) << call;
+    if (call.rfind("open ", 0) == 0 || call.rfind("openat ", 0) == 0)
+      EXPECT_EQ(call.find("/after"), std::string::npos) << call;
 }
 
 TEST_F(CopySafetyTest, CancelAtRandomPointsLeavesEveryFileWholeOrAbsent) {
@@ -385,7 +387,8 @@ TEST_F(CopySafetyTest, HangingReadKeepsTheDialogAliveAndCancelEndsTheCopyBeforeT
                                         tap.slowReturnedAt - run.returned).count()));
     }
     for (const std::string& call : files.Calls())
-      EXPECT_EQ(call.find("last.txt"), std::string::npos) << call;
+      if (call.rfind("open ", 0) == 0 || call.rfind("openat ", 0) == 0)
+        EXPECT_EQ(call.find("last.txt"), std::string::npos) << call;
   }
   EXPECT_FALSE(slowAtReturn) << "the read had not returned when the copy ended";
   EXPECT_GT(ticksDuringRead, 3) << "the event loop ran while the read hung";
