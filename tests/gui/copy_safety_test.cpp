@@ -136,6 +136,19 @@ void TreeSource(const std::string& folder, const std::string& dest) {
   g_Des_PathInfo.m_result = DES_RESULT_OK;
 }
 
+// A folder below /mnt/S holding a small file, a big one and another small
+// one, the three selected in that order for a copy into /mnt/T/to.
+void SmallBigSmall(const std::string& folder, const std::string& first, const std::string& big,
+                   size_t bigBytes, const std::string& last) {
+  const std::string from = "/mnt/S/" + folder;
+  mkdir(from.c_str(), 0755);
+  MakeFile(from + "/" + first, 4000, 1);
+  MakeFile(from + "/" + big, bigBytes, 2);
+  MakeFile(from + "/" + last, 4000, 3);
+  mkdir("/mnt/T/to", 0755);
+  ListSource(from, {first, big, last}, "/mnt/T/to");
+}
+
 bool HasProblem(const CopyOutcome& outcome, int kind, const std::string& path) {
   for (const CopyProblem& p : outcome.problems)
     if (p.kind == kind && p.path == path) return true;
@@ -182,6 +195,53 @@ class CopySafetyTest : public ::testing::Test {
     dest.reset(new vt::OwnTmpfs("/mnt/T", options));
     ASSERT_TRUE(dest->Ok()) << "mount /mnt/T: " << dest->Error();
   }
+  // About 300 files (MakeJob) copied whole once, every file and its time
+  // checked; then from scratch again for each seed, with `stop` run at a
+  // random read of the sources (seeded): each run must end with 10, leave
+  // every destination file whole or absent and every descriptor closed.
+  // Returns the files found after each stopped run.
+  std::vector<int> StopAtRandomReads(unsigned firstSeed, unsigned lastSeed,
+                                     const std::function<void(bool* stayed)>& stop) {
+    std::vector<int> copied;
+    MountDest("size=96m");
+    const std::vector<std::string> names = MakeJob("/mnt/S/job");
+    EXPECT_GE(names.size(), 6u);
+    vt::FakeFileOps files;
+    vt::SourceReadTap tap;
+    mkdir("/mnt/T/out", 0755);
+    ListSource("/mnt/S/job", names, "/mnt/T/out");
+    tap.ActAt(0, nullptr);
+    vt::CopyRun whole = vt::CopyWithDialog(owner);
+    EXPECT_EQ(whole.outcome.result, 1) << Problems(whole.outcome);
+    ExpectClosedProperly(whole);
+    ExpectWholeCopy("/mnt/S/job", "/mnt/T/out");
+    const int reads = tap.reads;
+    EXPECT_GT(reads, 300);
+    EXPECT_EQ(files.OpenDescriptors(), 0);
+    if (reads < 2) return copied;
+    for (unsigned seed = firstSeed; seed <= lastSeed; ++seed) {
+      std::mt19937 rng(seed);
+      // Any read but the very last (the end of the last file, after which
+      // no chunk is left to take the cancel).
+      const int at = std::uniform_int_distribution<int>(1, reads - 1)(rng);
+      SCOPED_TRACE("seed " + std::to_string(seed) + ", stopped at read " + std::to_string(at));
+      vt::RemoveTree("/mnt/T/out");
+      mkdir("/mnt/T/out", 0755);
+      bool stayed = false;
+      tap.ActAt(at, [&] { stop(&stayed); });
+      vt::CopyRun run = vt::CopyWithDialog(owner);
+      EXPECT_TRUE(tap.acted);
+      EXPECT_TRUE(stayed) << "the dialog stays until the job has stopped";
+      EXPECT_EQ(run.outcome.result, 10);
+      ExpectClosedProperly(run);
+      copied.push_back(ExpectWholeOrAbsent("/mnt/S/job", "/mnt/T/out"));
+      EXPECT_TRUE(vt::PumpUntil([&] { return files.OpenDescriptors() == 0; }));
+      EXPECT_EQ(files.OpenFolders(), 0);
+    }
+    tap.ActAt(0, nullptr);
+    return copied;
+  }
+
   std::unique_ptr<vt::OwnTmpfs> source, dest;
   wxFrame* owner = nullptr;
 };
@@ -241,94 +301,31 @@ TEST_F(CopySafetyTest, FullDestinationStopsWithTheMessageAndLeavesNoPartialFile)
 }
 
 TEST_F(CopySafetyTest, CancelAtRandomPointsLeavesEveryFileWholeOrAbsent) {
-  MountDest("size=96m");
-  const std::vector<std::string> names = MakeJob("/mnt/S/job");
-  ASSERT_GE(names.size(), 6u);
-  vt::FakeFileOps files;
-  vt::SourceReadTap tap;
-
-  // The whole job once: how many reads it takes, and that it copies all.
-  mkdir("/mnt/T/out", 0755);
-  ListSource("/mnt/S/job", names, "/mnt/T/out");
-  tap.ActAt(0, nullptr);
-  vt::CopyRun whole = vt::CopyWithDialog(owner);
-  EXPECT_EQ(whole.outcome.result, 1) << Problems(whole.outcome);
-  ExpectClosedProperly(whole);
-  ExpectWholeCopy("/mnt/S/job", "/mnt/T/out");
-  const int reads = tap.reads;
-  ASSERT_GT(reads, 300);
-  EXPECT_EQ(files.OpenDescriptors(), 0);
-
-  std::vector<int> copiedPerPoint;
-  for (unsigned seed = 1; seed <= 24; ++seed) {
-    std::mt19937 rng(seed);
-    // Any read but the very last (the end of the last file, after which no
-    // chunk is left to take the cancel).
-    const int at = std::uniform_int_distribution<int>(1, reads - 1)(rng);
-    SCOPED_TRACE("seed " + std::to_string(seed) + ", Cancel at read " + std::to_string(at));
-    vt::RemoveTree("/mnt/T/out");
-    mkdir("/mnt/T/out", 0755);
-    files.ClearCalls();
-    tap.ActAt(at, vt::PressCopyCancel);
-    vt::CopyRun run = vt::CopyWithDialog(owner);
-    EXPECT_TRUE(tap.acted);
-    EXPECT_EQ(run.outcome.result, 10);
-    ExpectClosedProperly(run);
-    copiedPerPoint.push_back(ExpectWholeOrAbsent("/mnt/S/job", "/mnt/T/out"));
-    EXPECT_TRUE(vt::PumpUntil([&] { return files.OpenDescriptors() == 0; }));
-    EXPECT_EQ(files.OpenFolders(), 0);
-  }
-  tap.ActAt(0, nullptr);
+  const std::vector<int> copied = StopAtRandomReads(1, 24, [](bool* stayed) {
+    vt::PressCopyCancel();
+    *stayed = true;
+  });
+  ASSERT_EQ(copied.size(), 24u);
   // The points spread over the job: some early, some late.
-  EXPECT_LT(*std::min_element(copiedPerPoint.begin(), copiedPerPoint.end()), 100);
-  EXPECT_GT(*std::max_element(copiedPerPoint.begin(), copiedPerPoint.end()), 200);
+  EXPECT_LT(*std::min_element(copied.begin(), copied.end()), 100);
+  EXPECT_GT(*std::max_element(copied.begin(), copied.end()), 200);
 }
 
 TEST_F(CopySafetyTest, CloseBoxAtRandomPointsActsLikeCancel) {
-  MountDest("size=96m");
-  const std::vector<std::string> names = MakeJob("/mnt/S/job");
-  vt::FakeFileOps files;
-  vt::SourceReadTap tap;
-  mkdir("/mnt/T/out", 0755);
-  ListSource("/mnt/S/job", names, "/mnt/T/out");
-  tap.ActAt(0, nullptr);
-  vt::CopyRun whole = vt::CopyWithDialog(owner);
-  ASSERT_EQ(whole.outcome.result, 1) << Problems(whole.outcome);
-  const int reads = tap.reads;
-  for (unsigned seed = 101; seed <= 104; ++seed) {
-    std::mt19937 rng(seed);
-    const int at = std::uniform_int_distribution<int>(1, reads - 1)(rng);
-    SCOPED_TRACE("seed " + std::to_string(seed) + ", close box at read " + std::to_string(at));
-    vt::RemoveTree("/mnt/T/out");
-    mkdir("/mnt/T/out", 0755);
-    bool stayedOpen = false;
-    // What the window manager's close box sends; the dialog stays until
-    // the job has stopped.
-    tap.ActAt(at, [&] {
-      my_dialog_gauge* d = vt::RunningCopyDialog();
-      if (d == nullptr) return;
-      d->Close();
-      stayedOpen = !d->IsBeingDeleted() && d->IsShown() && d->m_cancel;
-    });
-    vt::CopyRun run = vt::CopyWithDialog(owner);
-    EXPECT_TRUE(tap.acted);
-    EXPECT_TRUE(stayedOpen);
-    EXPECT_EQ(run.outcome.result, 10);
-    ExpectClosedProperly(run);
-    ExpectWholeOrAbsent("/mnt/S/job", "/mnt/T/out");
-    EXPECT_TRUE(vt::PumpUntil([&] { return files.OpenDescriptors() == 0; }));
-  }
-  tap.ActAt(0, nullptr);
+  // What the window manager's close box sends; the dialog stays until the
+  // job has stopped.
+  const std::vector<int> copied = StopAtRandomReads(101, 104, [](bool* stayed) {
+    my_dialog_gauge* d = vt::RunningCopyDialog();
+    if (d == nullptr) return;
+    d->Close();
+    *stayed = !d->IsBeingDeleted() && d->IsShown() && d->m_cancel;
+  });
+  EXPECT_EQ(copied.size(), 4u);
 }
 
 TEST_F(CopySafetyTest, HangingReadKeepsTheDialogAliveAndCancelEndsTheCopyBeforeTheReadReturns) {
   MountDest("size=32m");
-  mkdir("/mnt/S/blk", 0755);
-  MakeFile("/mnt/S/blk/first.txt", 5000, 1);
-  MakeFile("/mnt/S/blk/slow.bin", 3 * kMiB, 2);
-  MakeFile("/mnt/S/blk/last.txt", 5000, 3);
-  mkdir("/mnt/T/to", 0755);
-  ListSource("/mnt/S/blk", {"first.txt", "slow.bin", "last.txt"}, "/mnt/T/to");
+  SmallBigSmall("blk", "first.txt", "slow.bin", 3 * kMiB, "last.txt");
   using Clock = std::chrono::steady_clock;
   vt::CopyRun run;
   bool slowAtReturn = false, partialAtReturn = true;
@@ -404,12 +401,7 @@ TEST_F(CopySafetyTest, HangingReadKeepsTheDialogAliveAndCancelEndsTheCopyBeforeT
 
 TEST_F(CopySafetyTest, FailingReadRemovesThePartialFileRecordsItAndGoesOn) {
   MountDest("size=32m");
-  mkdir("/mnt/S/rd", 0755);
-  MakeFile("/mnt/S/rd/a.txt", 3000, 1);
-  MakeFile("/mnt/S/rd/bad.bin", 2 * kMiB + 500, 2);
-  MakeFile("/mnt/S/rd/z.txt", 3000, 3);
-  mkdir("/mnt/T/to", 0755);
-  ListSource("/mnt/S/rd", {"a.txt", "bad.bin", "z.txt"}, "/mnt/T/to");
+  SmallBigSmall("rd", "a.txt", "bad.bin", 2 * kMiB + 500, "z.txt");
   vt::FakeFileOps files;
   files.Fail(vt::FakeFileOps::kCopyFileRange, EXDEV, "*/bad.bin");
   files.Fail(vt::FakeFileOps::kRead, EIO, "*/bad.bin", 2);  // after one chunk was written
@@ -584,12 +576,7 @@ TEST_F(CopyOverMainFrameTest, CancelWhileCollectingCopiesNothingYetClosesRefresh
 }
 
 TEST_F(CopyOverMainFrameTest, ClosingTheHostWindowDuringACopyStopsItAndLeavesNoPartialFile) {
-  mkdir("/mnt/S/host", 0755);
-  MakeFile("/mnt/S/host/a.txt", 4000, 1);
-  MakeFile("/mnt/S/host/big.bin", 4 * kMiB, 2);
-  MakeFile("/mnt/S/host/z.txt", 4000, 3);
-  mkdir("/mnt/T/to", 0755);
-  ListSource("/mnt/S/host", {"a.txt", "big.bin", "z.txt"}, "/mnt/T/to");
+  SmallBigSmall("host", "a.txt", "big.bin", 4 * kMiB, "z.txt");
   vt::FakeFileOps files;
   files.Fail(vt::FakeFileOps::kCopyFileRange, EXDEV, "*/big.bin");
   vt::SourceReadTap tap;

@@ -10,12 +10,7 @@
 // end (files and size done equal to the totals, gauge 100, time left
 // "00:00:00") and that the copy is byte for byte the source (diff -r).
 //   bench_copy FOLDER_BASE [one|small|mid ...]
-#include <wx/app.h>
-#include <wx/frame.h>
-#include <wx/init.h>
-
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -26,25 +21,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "../bench_window.h"
 #include "copy/CopyOutcome.h"
 #include "copy/my_dialog_gauge.h"
 #include "destination/Des_PathInfo.h"
 #include "display/Conversion.h"
 
-class BenchApp : public wxApp {
- public:
-  bool OnInit() override { return true; }
-};
-wxIMPLEMENT_APP_NO_MAIN(BenchApp);
+using bench::Median;
+using bench::Now;
 
 namespace {
 
 const size_t kMiB = 1024 * 1024;
-
-double Now() {
-  using namespace std::chrono;
-  return duration<double>(steady_clock::now().time_since_epoch()).count();
-}
 
 bool Run(const std::string& command) { return std::system(command.c_str()) == 0; }
 
@@ -132,11 +120,7 @@ double CopyOurWay(wxWindow* owner, const DataSet& set, const std::string& src,
   }
   g_Des_PathInfo.m_result = DES_RESULT_OK;
   g_lastCopyOutcome = CopyOutcome();
-  fflush(stdout);
-  const int saved = dup(1);
-  const int fd = open(log.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
-  dup2(fd, 1);
-  close(fd);
+  bench::StdoutToFile diagnostics(log);
   const double start = Now();
   // Runs the whole copy and destroys itself (deferred): it is still there
   // to be read until the next idle time.
@@ -150,12 +134,8 @@ double CopyOurWay(wxWindow* owner, const DataSet& set, const std::string& src,
   texts->gauge = dialog->m_gauge->GetValue();
   wxTheApp->ProcessPendingEvents();
   wxTheApp->ProcessIdle();
-  const double t = Now() - start;
-  fflush(stdout);
-  dup2(saved, 1);
-  close(saved);
   *result = g_lastCopyOutcome.result;
-  return t;
+  return Now() - start;
 }
 
 double CopyWithCp(const DataSet& set, const std::string& src, const std::string& dst, bool* ok) {
@@ -179,11 +159,6 @@ bool Identical(const DataSet& set, const std::string& src, const std::string& ds
 void Clear(const std::string& dst) {
   Run("rm -rf " + Quoted(dst) + " && mkdir -p " + Quoted(dst));
   sync();
-}
-
-double Median(std::vector<double> v) {
-  std::sort(v.begin(), v.end());
-  return v[v.size() / 2];
 }
 
 wxString Thousands(long long value) {
@@ -215,14 +190,8 @@ int main(int argc, char** argv) {
   const std::string base = argc > 1 ? argv[1] : "/tmp/vantori-bench-copy";
   std::vector<std::string> wanted;
   for (int i = 2; i < argc; ++i) wanted.push_back(argv[i]);
-  if (!wxEntryStart(argc, argv)) {
-    fprintf(stderr, "bench-copy: no display\n");
-    return 2;
-  }
-  wxTheApp->CallOnInit();
-  auto* owner = new wxFrame(nullptr, wxID_ANY, "bench-copy", wxPoint(0, 0), wxSize(800, 600));
-  owner->Show();
-  wxYieldIfNeeded();
+  wxFrame* owner = bench::StartWindow(argc, argv, "bench-copy");
+  if (owner == nullptr) return 2;
 
   const std::vector<DataSet> sets = {
       {"one", "one file of 1 GiB", 1.05, 1, 0, 1024 * static_cast<int64_t>(kMiB), false, "big.bin"},
@@ -300,8 +269,6 @@ int main(int argc, char** argv) {
     allOk = allOk && setOk;
     Run("rm -rf " + Quoted(src + "/" + set.key));
   }
-  owner->Destroy();
-  wxTheApp->ProcessIdle();
-  wxEntryCleanup();
+  bench::EndWindow(owner);
   return allOk ? 0 : 1;
 }

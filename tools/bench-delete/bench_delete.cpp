@@ -4,13 +4,6 @@
 // steps, current-item text and diagnostic lines) and the other with
 // `rm -rf`, in the same run, and prints both times and their ratio. Three
 // rounds; the ratio of the medians is the figure.
-#include <wx/app.h>
-#include <wx/frame.h>
-#include <wx/init.h>
-
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -19,25 +12,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "../bench_window.h"
 #include "destination/DeleteFileProgress.h"
 #include "destination/DeleteFile_dialog.h"
 #include "fileops/WalkStatus.h"
 
-class BenchApp : public wxApp {
- public:
-  bool OnInit() override { return true; }
-};
-wxIMPLEMENT_APP_NO_MAIN(BenchApp);
+using bench::Median;
+using bench::Now;
 
 namespace {
 
 const int kFolders = 100;
 const int kFilesPerFolder = 100;
-
-double Now() {
-  using namespace std::chrono;
-  return duration<double>(steady_clock::now().time_since_epoch()).count();
-}
 
 // 100 folders of 100 files of 100 bytes each.
 bool MakeTree(const std::string& root) {
@@ -62,11 +48,7 @@ bool MakeTree(const std::string& root) {
 
 // The panel's way, with the dialog shown; diagnostics go to `log`.
 double DeleteOurWay(wxWindow* owner, const std::string& root, const std::string& log, bool* ok) {
-  fflush(stdout);
-  const int saved = dup(1);
-  const int fd = open(log.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
-  dup2(fd, 1);
-  close(fd);
+  bench::StdoutToFile diagnostics(log);
   const double start = Now();
   auto* dialog = new DeleteFile_dialog(owner, wxID_ANY, "Deleting Data", wxPoint(320, 230),
                                        wxSize(400, 225));
@@ -81,11 +63,7 @@ double DeleteOurWay(wxWindow* owner, const std::string& root, const std::string&
         run.Deleting().fileCount == kFolders * kFilesPerFolder && run.Deleting().folderCount == kFolders;
   dialog->Destroy();
   wxTheApp->ProcessIdle();
-  const double t = Now() - start;
-  fflush(stdout);
-  dup2(saved, 1);
-  close(saved);
-  return t;
+  return Now() - start;
 }
 
 double DeleteWithRm(const std::string& root, bool* ok) {
@@ -95,23 +73,12 @@ double DeleteWithRm(const std::string& root, bool* ok) {
   return Now() - start;
 }
 
-double Median(std::vector<double> v) {
-  std::sort(v.begin(), v.end());
-  return v[v.size() / 2];
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   const std::string base = argc > 1 ? argv[1] : "/tmp/vantori-bench-delete";
-  if (!wxEntryStart(argc, argv)) {
-    fprintf(stderr, "bench-delete: no display\n");
-    return 2;
-  }
-  wxTheApp->CallOnInit();
-  auto* owner = new wxFrame(nullptr, wxID_ANY, "bench-delete", wxPoint(0, 0), wxSize(800, 600));
-  owner->Show();
-  wxYieldIfNeeded();
+  wxFrame* owner = bench::StartWindow(argc, argv, "bench-delete");
+  if (owner == nullptr) return 2;
 
   std::system(("rm -rf '" + base + "' && mkdir -p '" + base + "'").c_str());
   std::vector<double> ours, rm;
@@ -147,8 +114,6 @@ int main(int argc, char** argv) {
          Median(ours), Median(rm), Median(ours) / Median(rm));
   printf("diagnostic lines of the last round: %ld bytes in %s/diagnostics.log\n", logBytes,
          base.c_str());
-  owner->Destroy();
-  wxTheApp->ProcessIdle();
-  wxEntryCleanup();
+  bench::EndWindow(owner);
   return allOk ? 0 : 1;
 }
