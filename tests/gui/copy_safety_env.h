@@ -30,6 +30,7 @@
 #include "common/CustomEvents.h"
 #include "common/disk_images.h"
 #include "common/fake_fileops.h"
+#include "common/gui_testing.h"
 #include "common/stdout_capture.h"
 #include "common/test_support.h"
 #include "copy/CopyAnswer.h"
@@ -141,6 +142,7 @@ inline CopyRun CopyWithDialog(wxWindow* parent) {
   parent->Bind(wxEventTypeTag<wxCommandEvent>(wxEVT_MY_CUSTOM_COMMAND), count);
   g_lastCopyOutcome = CopyOutcome();
   g_copy_dialog_return = COPY_ANSWER_YES_TO_ALL;  // an answer the dialog must forget
+  const size_t dialogsBefore = UnexpectedDialogs().size();
   {
     // The parent is checked while the job runs, at the job's own yields.
     TimerCall watch(5, [&] {
@@ -154,6 +156,11 @@ inline CopyRun CopyWithDialog(wxWindow* parent) {
     Pump(30);  // the posted command
     run.output = output.Stop();
   }
+  // What the test framework printed meanwhile went into the capture: the
+  // message boxes nobody expected are named again here.
+  for (size_t i = dialogsBefore; i < UnexpectedDialogs().size(); ++i)
+    ADD_FAILURE() << "during the copy, a message box \"" << UnexpectedDialogs()[i].caption
+                  << "\": " << UnexpectedDialogs()[i].message;
   parent->Unbind(wxEventTypeTag<wxCommandEvent>(wxEVT_MY_CUSTOM_COMMAND), count);
   run.parentEnabled = parent->IsEnabled();
   run.posted1401 = posted;
