@@ -36,6 +36,7 @@
 #include "copy/CopyAnswer.h"
 #include "copy/CopyOutcome.h"
 #include "copy/my_dialog_gauge.h"
+#include "copy_env.h"
 #include "destination/Des_PathInfo.h"
 #include "fileops/FileOpsSeam.h"
 #include "timer_call.h"
@@ -64,20 +65,6 @@ class OwnTmpfs {
   bool ok_ = false;
   int error_ = 0;
 };
-
-// Bytes that differ from file to file and from place to place, so that a
-// misplaced or repeated chunk shows in a comparison.
-inline std::string Pattern(size_t bytes, uint64_t seed) {
-  std::string s(bytes, '\0');
-  uint64_t x = seed * 0x9E3779B97F4A7C15ull + 1;
-  for (size_t i = 0; i < bytes; i += 8) {
-    x ^= x << 13;
-    x ^= x >> 7;
-    x ^= x << 17;
-    for (size_t k = 0; k < 8 && i + k < bytes; ++k) s[i + k] = static_cast<char>(x >> (8 * k));
-  }
-  return s;
-}
 
 // Entries below root by relative path ("a", "a/b.txt"), links not followed:
 // 'd' folder, 'f' file, 'l' link, '?' anything else.
@@ -110,12 +97,6 @@ inline my_dialog_gauge* AnyCopyDialog() {
     if (auto* d = dynamic_cast<my_dialog_gauge*>(w)) return d;
   return nullptr;
 }
-// The progress dialog that is running a job (not being destroyed), or null.
-inline my_dialog_gauge* RunningCopyDialog() {
-  my_dialog_gauge* d = AnyCopyDialog();
-  return d != nullptr && !d->IsBeingDeleted() ? d : nullptr;
-}
-
 // What one copy through the progress dialog left.
 struct CopyRun {
   bool dialogGone = false;       // destroyed, not only hidden
@@ -146,7 +127,7 @@ inline CopyRun CopyWithDialog(wxWindow* parent) {
   {
     // The parent is checked while the job runs, at the job's own yields.
     TimerCall watch(5, [&] {
-      if (RunningCopyDialog() != nullptr && parent->IsEnabled()) run.parentDisabledDuring = false;
+      if (OpenGauge() != nullptr && parent->IsEnabled()) run.parentDisabledDuring = false;
     });
     StdoutCapture output;
     new my_dialog_gauge(parent, -1, "Copying Data", wxPoint(250, 200), wxSize(500, 255),
@@ -281,7 +262,7 @@ inline SourceReadTap* SourceReadTap::tap_ = nullptr;
 
 // Presses the progress dialog's Cancel button (its click event).
 inline void PressCopyCancel() {
-  my_dialog_gauge* d = RunningCopyDialog();
+  my_dialog_gauge* d = OpenGauge();
   if (d == nullptr) return;
   wxCommandEvent press(wxEVT_BUTTON, ID_GAUGE_CANCEL);
   press.SetEventObject(d->m_cancelButton);

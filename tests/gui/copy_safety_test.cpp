@@ -82,7 +82,7 @@ void ExpectWholeCopy(const std::string& source, const std::string& dest) {
 // A file of `bytes` varied bytes, dated in 2001 (so a copy that does not
 // carry the time over shows).
 void MakeFile(const std::string& path, size_t bytes, uint64_t seed) {
-  vt::WriteFile(path, vt::Pattern(bytes, seed));
+  vt::WriteFile(path, vt::PatternBytes(bytes, static_cast<unsigned>(seed)));
   const struct timespec times[2] = {{1000000000 + static_cast<time_t>(seed), 0},
                                     {1000000000 + static_cast<time_t>(seed), 123456789}};
   utimensat(AT_FDCWD, path.c_str(), times, 0);
@@ -327,7 +327,7 @@ TEST_F(CopySafetyTest, CloseBoxAtRandomPointsActsLikeCancel) {
   // What the window manager's close box sends; the dialog stays until the
   // job has stopped.
   const std::vector<int> copied = StopAtRandomReads(101, 104, [](bool* stayed) {
-    my_dialog_gauge* d = vt::RunningCopyDialog();
+    my_dialog_gauge* d = vt::OpenGauge();
     if (d == nullptr) return;
     d->Close();
     *stayed = !d->IsBeingDeleted() && d->IsShown() && d->m_cancel;
@@ -356,7 +356,7 @@ TEST_F(CopySafetyTest, HangingReadKeepsTheDialogAliveAndCancelEndsTheCopyBeforeT
     vt::TimerCall during(10, [&] {
       if (!tap.slowBegan || tap.slowReturned || pressed) return;
       ++ticksDuringRead;
-      my_dialog_gauge* d = vt::RunningCopyDialog();
+      my_dialog_gauge* d = vt::OpenGauge();
       if (d == nullptr) return;
       if (!watched) {
         watched = d;
@@ -567,7 +567,7 @@ TEST_F(CopyOverMainFrameTest, CancelWhileCollectingCopiesNothingYetClosesRefresh
   bool pressed = false;
   wxString totalAtPress;
   vt::TimerCall press(100, [&] {
-    my_dialog_gauge* d = vt::RunningCopyDialog();
+    my_dialog_gauge* d = vt::OpenGauge();
     if (pressed || d == nullptr) return;
     pressed = true;
     totalAtPress = d->m_totalFilesText->GetLabel();
@@ -606,7 +606,7 @@ TEST_F(CopyOverMainFrameTest, ClosingTheHostWindowDuringACopyStopsItAndLeavesNoP
   {
     // The third read of big.bin: at least one chunk is in the destination.
     tap.ActAt(3, [&] {
-      dialog = vt::RunningCopyDialog();
+      dialog = vt::OpenGauge();
       partialWhenClosed = Present("/mnt/T/to/big.bin");
       readsBefore = tap.reads;
       module->Destroy();
