@@ -156,8 +156,8 @@ inline CopyRun CopyWithDialog(wxWindow* parent) {
 // it goes on, and notes when the first plain read of the file named by
 // TimeReadsOf began and when it returned.
 // The reads run on the copy's worker thread: the tap hands the action over
-// to the window's thread and waits (at most 5 s) until it has run there,
-// which it does at the copy's next look at its event loop.
+// to the window's thread and holds the read (at most 5 s) until the action
+// starts there, which it does at the copy's next look at its event loop.
 class SourceReadTap {
  public:
   using Clock = std::chrono::steady_clock;
@@ -218,13 +218,18 @@ class SourceReadTap {
       return;
     }
     std::unique_lock<std::mutex> lock(mutex_);
+    released_ = false;
     wxTheApp->CallAfter([this] {
+      {
+        // The read goes on as the action runs, as it would beside a click.
+        std::lock_guard<std::mutex> go(mutex_);
+        released_ = true;
+        cv_.notify_all();
+      }
       action_();
-      std::lock_guard<std::mutex> done(mutex_);
       acted = true;
-      cv_.notify_all();
     });
-    cv_.wait_for(lock, std::chrono::seconds(5), [this] { return acted.load(); });
+    cv_.wait_for(lock, std::chrono::seconds(5), [this] { return released_; });
   }
   void After(int fd) {
     if (fd == slowFd_ && slowBegan && !slowReturned) {
@@ -256,6 +261,7 @@ class SourceReadTap {
   int slowFd_ = -1;
   std::mutex mutex_;
   std::condition_variable cv_;
+  bool released_ = false;  // the window's thread has taken the action over
 };
 
 inline SourceReadTap* SourceReadTap::tap_ = nullptr;
