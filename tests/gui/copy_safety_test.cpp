@@ -1,9 +1,9 @@
 // Copying with the progress dialog never leaves a destination file that
 // looks complete and is not: a full destination, Cancel and the close box at
 // seeded random points, a read that hangs while the window stays alive, a
-// read that fails, links that loop or point nowhere, a destination named
-// with shell characters, Cancel while the job is collected, and the host
-// window closed in the middle of a copy. Source and destination are tmpfs
+// chunk that stays unreadable, links that loop or point nowhere, a
+// destination named with shell characters, Cancel while the job is
+// collected, and the host window closed in the middle of a copy. Source and destination are tmpfs
 // file systems of the test's own inside the private /mnt.
 #include "copy_safety_env.h"
 
@@ -411,16 +411,50 @@ TEST_F(CopySafetyTest, HangingReadKeepsTheDialogAliveAndCancelEndsTheCopyBeforeT
   EXPECT_EQ(Entries("/mnt/T/to").size(), 1u);
 }
 
-TEST_F(CopySafetyTest, FailingReadRemovesThePartialFileRecordsItAndGoesOn) {
+TEST_F(CopySafetyTest, ChunkThatStaysUnreadableBecomesZerosIsRecordedAndTheCopyGoesOn) {
   MountDest("size=32m");
   SmallBigSmall("rd", "a.txt", "bad.bin", 2 * kMiB + 500, "z.txt");
   vt::FakeFileOps files;
   files.Fail(vt::FakeFileOps::kCopyFileRange, EXDEV, "*/bad.bin");
-  files.Fail(vt::FakeFileOps::kRead, EIO, "*/bad.bin", 2);  // after one chunk was written
+  // The second chunk cannot be read, nor any block of it read again.
+  files.Fail(vt::FakeFileOps::kRead, EIO, "*/bad.bin", 2);
+  files.Fail(vt::FakeFileOps::kPread, EIO, "*/bad.bin");
   vt::CopyRun run = vt::CopyWithDialog(owner);
   EXPECT_EQ(run.outcome.result, 1);
   ExpectClosedProperly(run);
-  EXPECT_FALSE(Present("/mnt/T/to/bad.bin"));
+  // Whole size, the readable chunks as they are, the unreadable one zeros:
+  // never a short file that looks complete.
+  const std::string source = ReadFile("/mnt/S/rd/bad.bin");
+  const std::string copied = ReadFile("/mnt/T/to/bad.bin");
+  ASSERT_EQ(copied.size(), source.size());
+  EXPECT_TRUE(copied.compare(0, kMiB, source, 0, kMiB) == 0);
+  EXPECT_TRUE(copied.compare(kMiB, kMiB, std::string(kMiB, '\0')) == 0);
+  EXPECT_TRUE(copied.compare(2 * kMiB, 500, source, 2 * kMiB, 500) == 0);
+  EXPECT_TRUE(ReadFile("/mnt/S/rd/a.txt") == ReadFile("/mnt/T/to/a.txt"));
+  EXPECT_TRUE(ReadFile("/mnt/S/rd/z.txt") == ReadFile("/mnt/T/to/z.txt"));
+  ASSERT_EQ(run.outcome.problems.size(), 1u) << Problems(run.outcome);
+  const CopyProblem& damage = run.outcome.problems[0];
+  EXPECT_EQ(damage.kind, kCopySalvaged);
+  EXPECT_EQ(damage.path, "/mnt/S/rd/bad.bin");
+  EXPECT_EQ(damage.unreadableBytes, static_cast<int64_t>(kMiB));
+  ASSERT_EQ(damage.unreadable.size(), 1u);
+  EXPECT_EQ(damage.unreadable[0].offset, static_cast<int64_t>(kMiB));
+  EXPECT_EQ(damage.unreadable[0].length, static_cast<int64_t>(kMiB));
+  EXPECT_EQ(files.OpenDescriptors(), 0);
+}
+
+TEST_F(CopySafetyTest, SourceThatCannotBeReadAtAllLeavesNoPartialFileAndTheCopyGoesOn) {
+  MountDest("size=32m");
+  SmallBigSmall("rd", "a.txt", "bad.bin", 2 * kMiB + 500, "z.txt");
+  vt::FakeFileOps files;
+  files.Fail(vt::FakeFileOps::kCopyFileRange, EXDEV, "*/bad.bin");
+  // The second chunk fails, and the salvage cannot even find its place.
+  files.Fail(vt::FakeFileOps::kRead, EIO, "*/bad.bin", 2);
+  files.Fail(vt::FakeFileOps::kLseek, EIO, "*/bad.bin");
+  vt::CopyRun run = vt::CopyWithDialog(owner);
+  EXPECT_EQ(run.outcome.result, 1);
+  ExpectClosedProperly(run);
+  EXPECT_FALSE(Present("/mnt/T/to/bad.bin")) << "one chunk had been written";
   EXPECT_TRUE(ReadFile("/mnt/S/rd/a.txt") == ReadFile("/mnt/T/to/a.txt"));
   EXPECT_TRUE(ReadFile("/mnt/S/rd/z.txt") == ReadFile("/mnt/T/to/z.txt"));
   EXPECT_TRUE(HasProblem(run.outcome, kCopyReadFailed, "/mnt/S/rd/bad.bin"))
