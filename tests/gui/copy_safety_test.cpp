@@ -254,6 +254,25 @@ class CopySafetyTest : public ::testing::Test {
     return copied;
   }
 
+  // a.txt, bad.bin (2 MiB and 500 bytes) and z.txt copied while the second
+  // chunk of bad.bin cannot be read and every `failing` call on it fails
+  // with EIO; the copy must go on to z.txt and end with 1.
+  vt::CopyRun CopyWithUnreadableChunk(vt::FakeFileOps::Call failing) {
+    MountDest("size=32m");
+    SmallBigSmall("rd", "a.txt", "bad.bin", 2 * kMiB + 500, "z.txt");
+    vt::FakeFileOps files;
+    files.Fail(vt::FakeFileOps::kCopyFileRange, EXDEV, "*/bad.bin");
+    files.Fail(vt::FakeFileOps::kRead, EIO, "*/bad.bin", 2);
+    files.Fail(failing, EIO, "*/bad.bin");
+    vt::CopyRun run = vt::CopyWithDialog(owner);
+    EXPECT_EQ(run.outcome.result, 1);
+    ExpectClosedProperly(run);
+    EXPECT_TRUE(ReadFile("/mnt/S/rd/a.txt") == ReadFile("/mnt/T/to/a.txt"));
+    EXPECT_TRUE(ReadFile("/mnt/S/rd/z.txt") == ReadFile("/mnt/T/to/z.txt"));
+    EXPECT_EQ(files.OpenDescriptors(), 0);
+    return run;
+  }
+
   std::unique_ptr<vt::OwnTmpfs> source, dest;
   wxFrame* owner = nullptr;
 };
@@ -412,16 +431,8 @@ TEST_F(CopySafetyTest, HangingReadKeepsTheDialogAliveAndCancelEndsTheCopyBeforeT
 }
 
 TEST_F(CopySafetyTest, ChunkThatStaysUnreadableBecomesZerosIsRecordedAndTheCopyGoesOn) {
-  MountDest("size=32m");
-  SmallBigSmall("rd", "a.txt", "bad.bin", 2 * kMiB + 500, "z.txt");
-  vt::FakeFileOps files;
-  files.Fail(vt::FakeFileOps::kCopyFileRange, EXDEV, "*/bad.bin");
-  // The second chunk cannot be read, nor any block of it read again.
-  files.Fail(vt::FakeFileOps::kRead, EIO, "*/bad.bin", 2);
-  files.Fail(vt::FakeFileOps::kPread, EIO, "*/bad.bin");
-  vt::CopyRun run = vt::CopyWithDialog(owner);
-  EXPECT_EQ(run.outcome.result, 1);
-  ExpectClosedProperly(run);
+  // No block of the chunk can be read again either.
+  const vt::CopyRun run = CopyWithUnreadableChunk(vt::FakeFileOps::kPread);
   // Whole size, the readable chunks as they are, the unreadable one zeros:
   // never a short file that looks complete.
   const std::string source = ReadFile("/mnt/S/rd/bad.bin");
@@ -430,8 +441,6 @@ TEST_F(CopySafetyTest, ChunkThatStaysUnreadableBecomesZerosIsRecordedAndTheCopyG
   EXPECT_TRUE(copied.compare(0, kMiB, source, 0, kMiB) == 0);
   EXPECT_TRUE(copied.compare(kMiB, kMiB, std::string(kMiB, '\0')) == 0);
   EXPECT_TRUE(copied.compare(2 * kMiB, 500, source, 2 * kMiB, 500) == 0);
-  EXPECT_TRUE(ReadFile("/mnt/S/rd/a.txt") == ReadFile("/mnt/T/to/a.txt"));
-  EXPECT_TRUE(ReadFile("/mnt/S/rd/z.txt") == ReadFile("/mnt/T/to/z.txt"));
   ASSERT_EQ(run.outcome.problems.size(), 1u) << Problems(run.outcome);
   const CopyProblem& damage = run.outcome.problems[0];
   EXPECT_EQ(damage.kind, kCopySalvaged);
@@ -440,27 +449,15 @@ TEST_F(CopySafetyTest, ChunkThatStaysUnreadableBecomesZerosIsRecordedAndTheCopyG
   ASSERT_EQ(damage.unreadable.size(), 1u);
   EXPECT_EQ(damage.unreadable[0].offset, static_cast<int64_t>(kMiB));
   EXPECT_EQ(damage.unreadable[0].length, static_cast<int64_t>(kMiB));
-  EXPECT_EQ(files.OpenDescriptors(), 0);
 }
 
 TEST_F(CopySafetyTest, SourceThatCannotBeReadAtAllLeavesNoPartialFileAndTheCopyGoesOn) {
-  MountDest("size=32m");
-  SmallBigSmall("rd", "a.txt", "bad.bin", 2 * kMiB + 500, "z.txt");
-  vt::FakeFileOps files;
-  files.Fail(vt::FakeFileOps::kCopyFileRange, EXDEV, "*/bad.bin");
-  // The second chunk fails, and the salvage cannot even find its place.
-  files.Fail(vt::FakeFileOps::kRead, EIO, "*/bad.bin", 2);
-  files.Fail(vt::FakeFileOps::kLseek, EIO, "*/bad.bin");
-  vt::CopyRun run = vt::CopyWithDialog(owner);
-  EXPECT_EQ(run.outcome.result, 1);
-  ExpectClosedProperly(run);
+  // The salvage cannot even find its place in the file.
+  const vt::CopyRun run = CopyWithUnreadableChunk(vt::FakeFileOps::kLseek);
   EXPECT_FALSE(Present("/mnt/T/to/bad.bin")) << "one chunk had been written";
-  EXPECT_TRUE(ReadFile("/mnt/S/rd/a.txt") == ReadFile("/mnt/T/to/a.txt"));
-  EXPECT_TRUE(ReadFile("/mnt/S/rd/z.txt") == ReadFile("/mnt/T/to/z.txt"));
   EXPECT_TRUE(HasProblem(run.outcome, kCopyReadFailed, "/mnt/S/rd/bad.bin"))
       << Problems(run.outcome);
   EXPECT_EQ(run.outcome.problems.size(), 1u) << Problems(run.outcome);
-  EXPECT_EQ(files.OpenDescriptors(), 0);
 }
 
 TEST_F(CopySafetyTest, LinkLoopIsNotEnteredAndADanglingLinkIsSkipped) {
