@@ -616,9 +616,12 @@ void copyfile::FlushDestination() {
     m_dialog->Update();
   }
   const std::string folder = m_destBytes;
-  // Waits with the event loop running; Cancel does not cut it short (the
+  // On a thread of its own: the job's worker may still hang in a read of a
+  // failing source that was given up on, and the flush must not wait for
+  // it. Waits with the event loop running; Cancel does not cut it short (the
   // data is copied; it only has to reach the disk), a window that went does.
-  m_worker.Run([folder] {
+  IoWorker flusher;
+  flusher.Run([folder] {
     const int fd = g_FileOpsSeam.Open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0);
     if (fd < 0) return;
     g_FileOpsSeam.Syncfs(fd);
