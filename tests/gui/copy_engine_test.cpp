@@ -41,6 +41,7 @@ bool Exists(const std::string& path) {
   return lstat(path.c_str(), &st) == 0;
 }
 
+using vt::DestinationVolume;
 using vt::OpenGauge;
 
 class CopyEngineTest : public ::testing::Test {
@@ -323,29 +324,6 @@ TEST_F(CopyEngineTest, ACancelBetweenTwoFilesTakesEffectAtTheNextFilesFirstChunk
 }
 
 namespace {
-
-// A volume table with one volume mounted at the copy's destination folder.
-class DestinationVolume {
- public:
-  DestinationVolume(const std::string& mountPoint, uint8_t fsType, char letter) {
-    saved_ = g_AllDiskPartitionInf.m_VolumeCount;
-    memcpy(&volume_, &g_AllDiskPartitionInf.m_Volume[0], sizeof(volume_));
-    VolumeInformation& v = g_AllDiskPartitionInf.m_Volume[0];
-    memset(&v, 0, sizeof(v));
-    snprintf(v.MountPoint, sizeof(v.MountPoint), "%s", mountPoint.c_str());
-    v.DriveLetter = letter;
-    v.FsType = fsType;
-    g_AllDiskPartitionInf.m_VolumeCount = 1;
-  }
-  ~DestinationVolume() {
-    memcpy(&g_AllDiskPartitionInf.m_Volume[0], &volume_, sizeof(volume_));
-    g_AllDiskPartitionInf.m_VolumeCount = saved_;
-  }
-
- private:
-  uint16_t saved_;
-  VolumeInformation volume_;
-};
 
 int CountKind(int kind) {
   int n = 0;
