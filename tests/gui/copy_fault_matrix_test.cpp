@@ -17,6 +17,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 #include <wx/button.h>
 #include <wx/frame.h>
@@ -317,6 +318,8 @@ class CopyFaultMatrixTest : public ::testing::Test {
     ASSERT_NO_FATAL_FAILURE(Mount(""));
     std::vector<JobFile> job;
     for (const std::string& n : names) job.push_back({n, {}});
+    std::set<size_t> failed;      // which files met the limit
+    int pastFirstChunk = 0;       // limits beyond the first chunk of their file
     for (unsigned seed = 1; seed <= 20; ++seed) {
       std::mt19937 random(seed);
       const int64_t limit = std::uniform_int_distribution<int64_t>(0, total - 1)(random);
@@ -326,6 +329,8 @@ class CopyFaultMatrixTest : public ::testing::Test {
       size_t failing = 0;
       int64_t fitting = sizes[0];
       while (fitting <= limit) fitting += sizes[++failing];
+      failed.insert(failing);
+      if (limit - (fitting - sizes[failing]) >= kMiB) ++pastFirstChunk;
       Select(local, mnt, names);
       Boxes boxes;
       wxTEST_DIALOG(RunCopy(), BoxSeen(&boxes));
@@ -338,6 +343,12 @@ class CopyFaultMatrixTest : public ::testing::Test {
       EXPECT_EQ(boxes.captions, std::vector<std::string>{"copying error"});
       if (HasFailure()) return;  // one seed's failures are enough to read
     }
+    // The seeds reach the start, the middle and the end of the job, and a
+    // file's second chunk.
+    EXPECT_GE(failed.size(), 3u);
+    EXPECT_GE(pastFirstChunk, 1);
+    printf("%s: the limit fell in %zu of the %zu files, %d times past a file's first chunk\n",
+           action.c_str(), failed.size(), names.size(), pastFirstChunk);
   }
 
   std::string root, backing, mnt, local, dst;
@@ -355,6 +366,62 @@ TEST(CopyFaultJudge, InjectedStretchesAreRoundedOutToBlocksAndJoined) {
   EXPECT_EQ(Describe(ZeroedBlocks({{100, 1}, {4096, 10}}, kChunkFile)), "[0+8192]");
   EXPECT_EQ(Describe(ZeroedBlocks({{5000, 100000}}, 6000)), "[4096+1904]") << "cut at the size";
   EXPECT_EQ(Describe(ZeroedBlocks({}, 10)), "none");
+}
+
+// The judge itself, on plain folders: what it allows and what it refuses.
+TEST(CopyFaultJudge, EveryOutcomeThatIsNotAllowedFails) {
+  char pattern[] = "/tmp/vantori-judge-XXXXXX";
+  ASSERT_NE(mkdtemp(pattern), nullptr);
+  const std::string root = pattern;
+  const std::string src = root + "/src/", dst = root + "/dst/";
+  const std::string data = vt::PatternBytes(10000, 50);
+  vt::WriteFile(src + "a.bin", data);
+  vt::WriteFile(src + "b.bin", "bee");
+  const std::vector<JobFile> job = {{"a.bin", {{5000, 10}}}, {"b.bin", {}}};
+  CopyOutcome done;
+  done.result = 1;
+
+  vt::WriteFile(dst + "a.bin", data);
+  vt::WriteFile(dst + "b.bin", "bee");
+  EXPECT_EQ(Judge(src, src, dst, job, done), Fates({Fate::kIdentical, Fate::kIdentical}));
+
+  vt::WriteFile(dst + "a.bin", data.substr(0, 4096));
+  EXPECT_NONFATAL_FAILURE(Judge(src, src, dst, job, done), "truncated");
+  std::string changed = data;
+  changed[7000] ^= 1;
+  vt::WriteFile(dst + "a.bin", changed);
+  EXPECT_NONFATAL_FAILURE(Judge(src, src, dst, job, done), "nothing says so");
+
+  // A salvage: blocks 4096-8192 zeroed and reported as such; then a report
+  // that names other blocks.
+  std::string salvaged = data;
+  std::fill(salvaged.begin() + 4096, salvaged.begin() + 8192, '\0');
+  vt::WriteFile(dst + "a.bin", salvaged);
+  CopyOutcome damaged = done;
+  CopyProblem damage;
+  damage.path = src + "a.bin";
+  damage.kind = kCopySalvaged;
+  damage.unreadableBytes = 4096;
+  damage.unreadable = {{4096, 4096}};
+  damaged.problems = {damage};
+  EXPECT_EQ(Judge(src, src, dst, job, damaged), Fates({Fate::kSalvaged, Fate::kIdentical}));
+  damaged.problems[0].unreadable = {{8192, 4096}};
+  EXPECT_NONFATAL_FAILURE(Judge(src, src, dst, job, damaged), "expected [4096+4096]");
+
+  // Absent without a report: lost, unless the copy stopped there; then
+  // nothing after it may be there.
+  unlink((dst + "a.bin").c_str());
+  EXPECT_NONFATAL_FAILURE(Judge(src, src, dst, job, done), "no copy and no report");
+  CopyOutcome full = done;
+  full.result = -1;
+  EXPECT_NONFATAL_FAILURE(Judge(src, src, dst, job, full), "after the copy stopped");
+  unlink((dst + "b.bin").c_str());
+  EXPECT_EQ(Judge(src, src, dst, job, full), Fates({Fate::kAfterStop, Fate::kAfterStop}));
+
+  // A partial file under a name of its own.
+  vt::WriteFile(dst + ".a.bin.part", "a");
+  EXPECT_NONFATAL_FAILURE(Judge(src, src, dst, job, full), "a file the job does not hold");
+  std::filesystem::remove_all(root);
 }
 
 // EIO in the first, a middle and the last chunk of three files of 3.5 MiB,
