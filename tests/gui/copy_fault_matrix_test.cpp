@@ -32,6 +32,7 @@
 #include <string>
 #include <vector>
 
+#include "common/disk_images.h"
 #include "common/gui_testing.h"
 #include "common/stdout_capture.h"
 #include "common/test_support.h"
@@ -253,9 +254,8 @@ pid_t ClickOnScreen(const wxPoint& at) {
 class CopyFaultMatrixTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    char pattern[] = "/tmp/vantori-matrix-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    root = pattern;
+    root = vt::MakeTempDir("vantori-matrix-");
+    ASSERT_FALSE(root.empty());
     backing = root + "/backing/";
     mnt = root + "/mnt/";
     local = root + "/local/";
@@ -370,9 +370,8 @@ TEST(CopyFaultJudge, InjectedStretchesAreRoundedOutToBlocksAndJoined) {
 
 // The judge itself, on plain folders: what it allows and what it refuses.
 TEST(CopyFaultJudge, EveryOutcomeThatIsNotAllowedFails) {
-  char pattern[] = "/tmp/vantori-judge-XXXXXX";
-  ASSERT_NE(mkdtemp(pattern), nullptr);
-  const std::string root = pattern;
+  const std::string root = vt::MakeTempDir("vantori-judge-");
+  ASSERT_FALSE(root.empty());
   const std::string src = root + "/src/", dst = root + "/dst/";
   const std::string data = vt::PatternBytes(10000, 50);
   vt::WriteFile(src + "a.bin", data);
