@@ -46,6 +46,9 @@ struct CopyOutcome {
   int64_t totalBytes = 0;
   int64_t bytesCopied = 0;
   std::vector<CopyProblem> problems;
+  // Set once the end-of-copy report has been shown for this outcome (every
+  // copy writes a new outcome, so a new copy starts unreported).
+  bool reported = false;
 };
 
 // The last copy job's outcome, written when its progress dialog closes.

@@ -21,6 +21,8 @@
 #include "common/ImageFiles.h"
 #include "common/ResourcePaths.h"
 #include "copy/CopyAnswer.h"
+#include "copy/CopyOutcome.h"
+#include "copy/CopyReport.h"
 #include "copy/CopyStart.h"
 #include "copy/ReplaceQuestions.h"
 #include "copy/copy_dialog.h"
@@ -30,6 +32,7 @@
 #include "destination/Des_Panel.h"
 #include "dialogs/CBusyMsgBox.h"
 #include "dialogs/PropertiesCounter.h"
+#include "dialogs/my_log_dialog.h"
 #include "dialogs/Properties_dialog.h"
 #include "disk/View_Disk_Info.h"
 #include "display/Conversion.h"
@@ -422,11 +425,31 @@ void my_frame::OnProcessCustom(wxCommandEvent& event) {
       tree->SetPath(m_targetPath);
       wxString path(m_targetPath);
       list->Copy_Refresh_Filelisttabel(path);
+      ShowCopyReport();
       break;
     }
     default:
       break;
   }
+}
+
+// After a copy whose outcome holds problems: the report's lines go to
+// standard output and into a report window that stays open beside the frame
+// (not modal: the frame is usable again at once). Each outcome is reported
+// once, so a later 1401 without a new copy opens nothing; a copy without
+// problems opens nothing either.
+void my_frame::ShowCopyReport() {
+  if (!CopyReportDue(g_lastCopyOutcome)) return;
+  g_lastCopyOutcome.reported = true;
+  const wxArrayString lines = CopyReportLines(g_lastCopyOutcome);
+  PrintCopyReport(lines);
+  if (m_reportDialog) m_reportDialog->Destroy();  // the report of an earlier copy
+  my_log_dialog* dialog = new my_log_dialog(this, wxID_ANY, wxGetTranslation("Copy report"),
+                                            wxPoint(200, 160), wxSize(760, 460));
+  dialog->m_logText->SetValue(CopyReportText(lines, kCopyReportWindowLines));
+  dialog->m_logText->SetInsertionPoint(0);
+  m_reportDialog = dialog;
+  dialog->Show();
 }
 
 int my_frame::count_DirFileInfo(wxString path) {

@@ -13,6 +13,7 @@
 #include <wx/weakref.h>
 
 #include "dialogs/Properties_dialog.h"
+#include "dialogs/my_log_dialog.h"
 #include "destination/Des_Panel.h"
 
 class my_listctrl;
@@ -99,9 +100,16 @@ class my_frame : public wxPanel {
   // The destination panel of the running copy command; null once it is gone.
   Des_Panel* GetDesPanel() const { return m_desPanel.get(); }
   wxWindow* GetMenuAnchor() const { return m_menuAnchor; }
+  // The report window of the last copy with problems, or null once it is closed.
+  my_log_dialog* GetReportDialog() const { return m_reportDialog.get(); }
+
+  // The report window shows at most this many lines (standard output gets all).
+  static const size_t kCopyReportWindowLines = 5000;
 
  private:
   void ShowProperties(int code);
+  // Opens the report of the last copy when it has problems not yet reported.
+  void ShowCopyReport();
 
   my_listctrl* list;
   my_DirTreeCtrl* tree;
@@ -113,6 +121,7 @@ class my_frame : public wxPanel {
   wxButton* m_exitButton;
   wxWeakRef<Properties_dialog> m_propertiesDialog;
   wxWeakRef<Des_Panel> m_desPanel;
+  wxWeakRef<my_log_dialog> m_reportDialog;
   wxWindow* m_menuAnchor;
   wxTextCtrl* m_pathText;
   wxString m_targetPath;
