@@ -9,12 +9,12 @@
 
 BEGIN_EVENT_TABLE(my_log_dialog, wxDialog)
   EVT_BUTTON(ID_LOG_CLEAN, my_log_dialog::OnCleanLog)
-  EVT_BUTTON(wxID_CANCEL, my_log_dialog::OnCancel)
+  EVT_CHAR_HOOK(my_log_dialog::OnCharHook)
   EVT_CLOSE(my_log_dialog::OnClose)
 END_EVENT_TABLE()
 
 bool LogTextAreaFits(const wxSize& client) {
-  return client.GetWidth() - 20 > 0 && client.GetHeight() - 80 > 0;
+  return client.GetWidth() - 20 >= kLogTextMinSide && client.GetHeight() - 80 >= kLogTextMinSide;
 }
 
 wxRect LogTextArea(const wxSize& client) {
@@ -36,7 +36,7 @@ my_log_dialog::my_log_dialog(wxWindow* parent, int id, const wxString& title, co
   m_logText = new wxTextCtrl(this, wxID_ANY, wxEmptyString, area.GetPosition(), area.GetSize(),
                              wxTE_MULTILINE | wxSUNKEN_BORDER);
   // Too small a dialog has no room for the text: the area is there (text
-  // can still be written into it) but not shown.
+  // can still be written into it and cleaned) but not shown.
   if (!LogTextAreaFits(client)) m_logText->Hide();
   new wxButton(this, ID_LOG_CLEAN, wxGetTranslation("&Clean"), LogCleanButtonPlace(client));
 }
@@ -52,5 +52,10 @@ void my_log_dialog::OnClose(wxCloseEvent& /*event*/) {
   Destroy();
 }
 
-// Escape arrives as the cancel command; the dialog would only hide.
-void my_log_dialog::OnCancel(wxCommandEvent& /*event*/) { Close(true); }
+// A dialog without a Cancel button ignores Escape by itself.
+void my_log_dialog::OnCharHook(wxKeyEvent& event) {
+  if (event.GetKeyCode() == WXK_ESCAPE)
+    Close(true);
+  else
+    event.Skip();
+}

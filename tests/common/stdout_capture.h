@@ -12,11 +12,13 @@ namespace vt {
 
 class StdoutCapture {
  public:
-  StdoutCapture() {
+  // fd 2 captures standard error instead (the toolkit's warnings go there).
+  explicit StdoutCapture(int fd = 1) : fd_(fd) {
     fflush(stdout);
+    fflush(stderr);
     file_ = tmpfile();
-    saved_ = dup(1);
-    dup2(fileno(file_), 1);
+    saved_ = dup(fd_);
+    dup2(fileno(file_), fd_);
   }
   ~StdoutCapture() { Stop(); }
   StdoutCapture(const StdoutCapture&) = delete;
@@ -26,7 +28,8 @@ class StdoutCapture {
   std::string Stop() {
     if (saved_ < 0) return text_;
     fflush(stdout);
-    dup2(saved_, 1);
+    fflush(stderr);
+    dup2(saved_, fd_);
     close(saved_);
     saved_ = -1;
     rewind(file_);
@@ -38,6 +41,7 @@ class StdoutCapture {
   }
 
  private:
+  int fd_ = 1;
   FILE* file_ = nullptr;
   int saved_ = -1;
   std::string text_;
