@@ -10,9 +10,11 @@
 #include <gtest/gtest.h>
 
 #include <wx/button.h>
+#include <wx/image.h>
 #include <wx/uiaction.h>
 #include <wx/weakref.h>
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -28,6 +30,7 @@
 #include "destination_env.h"
 #include "dialogs/my_log_dialog.h"
 #include "frame_on_volumes_env.h"
+#include "widgets_pixels.h"
 
 namespace {
 
@@ -210,6 +213,63 @@ TEST_F(CopyReportTest, ACopyWithoutProblemsOpensNoReport) {
   // The source browser shows the destination folder (the navigation of 1401
   // happened; the report only follows it).
   EXPECT_EQ(frame->GetTreeCtrl()->GetPath(), "/mnt/E/backup");
+}
+
+CopyProblem Problem(const std::string& path, int kind, int error = 0) {
+  CopyProblem p;
+  p.path = path;
+  p.kind = kind;
+  p.error = error;
+  return p;
+}
+
+// A report of every kind of problem, as a copy from a failing disk to a FAT
+// stick would leave it (the outcome is set here; the copies above show that
+// a real copy's outcome gets there). When VANTORI_SCREENSHOT names a file,
+// the report window is saved there as a PNG (tools/screenshot-docs.sh).
+TEST_F(CopyReportTest, Screenshot) {
+  CopyOutcome outcome;
+  outcome.result = 1;
+  outcome.itemCount = 412;
+  const std::string c = "/mnt/C/Users/Anna/";
+  CopyProblem salvaged = Problem(c + "Mail/archive.pst", kCopySalvaged);
+  salvaged.unreadableBytes = 12288;
+  salvaged.unreadable = {{8192, 4096}, {1052672, 8192}};
+  outcome.problems = {
+      Problem(c + "AppData/Local/Temp/lock", kCopyNotAFile),
+      Problem(c + "Links/Old drive", kCopyLinkDangles),
+      Problem(c + "Documents/tax 2019.pdf", kCopyReadFailed, EIO),
+      salvaged,
+      Problem(c + "Videos/wedding.mkv", kCopyTooLargeForFat),
+      Problem(c + "Documents/report:final.docx", kCopyNameRefused, EINVAL),
+      Problem(c + "Downloads/setup.tmp", kCopyVanished, ENOENT),
+      Problem(c + "NTUSER.DAT", kCopyNotOpened, EACCES),
+  };
+  g_lastCopyOutcome = outcome;
+  Post1401();
+  ASSERT_EQ(OpenReports().size(), 1u);
+  my_log_dialog* report = OpenReports()[0];
+  const wxString text = report->m_logText->GetValue();
+  for (const char* line : {
+           "C:\\Users\\Anna\\Documents\\tax 2019.pdf: not copied: the disk reported a read error\n",
+           "C:\\Users\\Anna\\Mail\\archive.pst: copied with 12 KB unreadable, filled with zeros "
+           "(bytes 8,192-12,287, 1,052,672-1,060,863)\n",
+           "C:\\Users\\Anna\\Videos\\wedding.mkv: not copied: too large for a FAT volume (4 GB limit)\n",
+           "C:\\Users\\Anna\\Documents\\report:final.docx: not copied: the destination does not "
+           "accept this name\n",
+           "C:\\Users\\Anna\\Downloads\\setup.tmp: not copied: the file vanished\n",
+           "406 files copied, 1 copied with unreadable parts, 7 not copied\n"})
+    EXPECT_NE(text.Find(line), wxNOT_FOUND) << line << "\nin\n" << text.utf8_string();
+  EXPECT_EQ(text.Freq('\n'), 9) << "eight lines and the totals";
+  report->Raise();
+  ASSERT_TRUE(vt::PumpUntil([report] { return report->IsShownOnScreen(); }));
+  vt::Pump(200);
+  if (const char* out = std::getenv("VANTORI_SCREENSHOT")) {
+    report->Refresh();
+    report->Update();
+    const wxImage shot = vt::GrabClient(report);
+    EXPECT_TRUE(shot.IsOk() && shot.SaveFile(wxString::FromUTF8(out), wxBITMAP_TYPE_PNG));
+  }
 }
 
 }  // namespace
