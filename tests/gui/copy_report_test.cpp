@@ -215,14 +215,6 @@ TEST_F(CopyReportTest, ACopyWithoutProblemsOpensNoReport) {
   EXPECT_EQ(frame->GetTreeCtrl()->GetPath(), "/mnt/E/backup");
 }
 
-CopyProblem Problem(const std::string& path, int kind, int error = 0) {
-  CopyProblem p;
-  p.path = path;
-  p.kind = kind;
-  p.error = error;
-  return p;
-}
-
 // A report of every kind of problem, as a copy from a failing disk to a FAT
 // stick would leave it (the outcome is set here; the copies above show that
 // a real copy's outcome gets there). When VANTORI_SCREENSHOT names a file,
@@ -232,18 +224,18 @@ TEST_F(CopyReportTest, Screenshot) {
   outcome.result = 1;
   outcome.itemCount = 412;
   const std::string c = "/mnt/C/Users/Anna/";
-  CopyProblem salvaged = Problem(c + "Mail/archive.pst", kCopySalvaged);
+  CopyProblem salvaged{c + "Mail/archive.pst", kCopySalvaged};
   salvaged.unreadableBytes = 12288;
   salvaged.unreadable = {{8192, 4096}, {1052672, 8192}};
   outcome.problems = {
-      Problem(c + "AppData/Local/Temp/lock", kCopyNotAFile),
-      Problem(c + "Links/Old drive", kCopyLinkDangles),
-      Problem(c + "Documents/tax 2019.pdf", kCopyReadFailed, EIO),
+      CopyProblem{c + "AppData/Local/Temp/lock", kCopyNotAFile},
+      CopyProblem{c + "Links/Old drive", kCopyLinkDangles},
+      CopyProblem{c + "Documents/tax 2019.pdf", kCopyReadFailed, EIO},
       salvaged,
-      Problem(c + "Videos/wedding.mkv", kCopyTooLargeForFat),
-      Problem(c + "Documents/report:final.docx", kCopyNameRefused, EINVAL),
-      Problem(c + "Downloads/setup.tmp", kCopyVanished, ENOENT),
-      Problem(c + "NTUSER.DAT", kCopyNotOpened, EACCES),
+      CopyProblem{c + "Videos/wedding.mkv", kCopyTooLargeForFat},
+      CopyProblem{c + "Documents/report:final.docx", kCopyNameRefused, EINVAL},
+      CopyProblem{c + "Downloads/setup.tmp", kCopyVanished, ENOENT},
+      CopyProblem{c + "NTUSER.DAT", kCopyNotOpened, EACCES},
   };
   g_lastCopyOutcome = outcome;
   Post1401();
