@@ -140,6 +140,34 @@ TEST_F(CopyReportTest, ACopyWithProblemsOpensTheReportWithItsLinesAfterTheProgre
   EXPECT_TRUE(top->IsEnabled());
 }
 
+TEST_F(CopyReportTest, ASalvagedAndAVanishedFileAreReportedInTheirWords) {
+  const std::string src = kSource;
+  vt::WriteFile(src + "bad.bin", vt::PatternBytes(3 * 1024 * 1024, 4));
+  vt::WriteFile(src + "gone.txt", "soon gone");
+  vt::SeenBox box;
+  {
+    vt::FakeFileOps files;
+    files.Fail(vt::FakeFileOps::kCopyFileRange, EXDEV);
+    // The second chunk of bad.bin fails; of its blocks, the third and the
+    // fourth fail both times they are read.
+    files.Fail(vt::FakeFileOps::kRead, EIO, "*/src/bad.bin", 2);
+    for (int nth = 3; nth <= 6; ++nth) files.Fail(vt::FakeFileOps::kPread, EIO, "*/src/bad.bin", nth);
+    // gone.txt is gone when its turn comes.
+    files.Fail(vt::FakeFileOps::kOpen, ENOENT, "*/src/gone.txt");
+    wxTEST_DIALOG(Copy({"ok.txt", "bad.bin", "gone.txt"}), MessageSeen(&box));
+    Settle();
+  }
+  EXPECT_EQ(box.count, 1) << "the first file that did not open";
+  ASSERT_EQ(OpenReports().size(), 1u);
+  EXPECT_EQ(OpenReports()[0]->m_logText->GetValue().utf8_string(),
+            "C:\\data\\src\\bad.bin: copied with 8 KB unreadable, filled with zeros "
+            "(bytes 1,056,768-1,064,959)\n"
+            "C:\\data\\src\\gone.txt: not copied: the file vanished\n"
+            "1 file copied, 1 copied with unreadable parts, 1 not copied\n");
+  EXPECT_TRUE(frame->IsEnabled());
+  EXPECT_TRUE(top->IsEnabled());
+}
+
 TEST_F(CopyReportTest, CleanEmptiesTheReportAndClosingItLeavesTheFrameUsable) {
   vt::SeenBox box;
   CopyWithProblems(&box);
