@@ -220,6 +220,18 @@ TEST_F(CopyReportTest, TheReportOpensOncePerCopy) {
   EXPECT_TRUE(frame->IsEnabled());
 }
 
+TEST_F(CopyReportTest, ClosingTheHostWindowTakesAnOpenReportWithIt) {
+  vt::SeenBox box;
+  CopyWithProblems(&box);
+  ASSERT_EQ(OpenReports().size(), 1u);
+  wxWeakRef<my_log_dialog> report(OpenReports()[0]);
+  top->Destroy();
+  top = nullptr;
+  frame = nullptr;
+  EXPECT_TRUE(vt::PumpUntil([&report] { return !report; }));
+  EXPECT_TRUE(OpenReports().empty());
+}
+
 TEST_F(CopyReportTest, ACopyWithoutProblemsOpensNoReport) {
   std::string out;
   {
