@@ -21,6 +21,7 @@
 #include <thread>
 #include <vector>
 
+#include "faultfs_test_files.h"
 #include "faultfs_mount.h"
 #include "faultfs_rules.h"
 
@@ -162,20 +163,8 @@ TEST(FaultFsRules, SizeChangesFireOnceAtTheNthEvent) {
 
 // ------------------------------------------------------------ mounted
 
-// Seeded bytes that differ from file to file.
-std::string Pattern(size_t size, unsigned seed) {
-  std::mt19937 gen(seed);
-  std::string s(size, '\0');
-  for (char& c : s) c = static_cast<char>(gen() >> 24);
-  return s;
-}
-
-void WriteFile(const std::string& path, const std::string& data) {
-  int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  ASSERT_GE(fd, 0) << path << ": " << strerror(errno);
-  ASSERT_EQ(static_cast<ssize_t>(data.size()), write(fd, data.data(), data.size())) << path;
-  close(fd);
-}
+using faultfs_test::Pattern;
+using faultfs_test::WriteFile;
 
 // The whole file, read in `chunk` steps; *error gets the errno of a failing read.
 std::string ReadFile(const std::string& path, int* error = nullptr, size_t chunk = 65536) {

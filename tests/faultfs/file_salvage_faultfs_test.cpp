@@ -23,6 +23,7 @@
 #include <thread>
 #include <vector>
 
+#include "faultfs_test_files.h"
 #include "common/fake_fileops.h"
 #include "common/salvage_support.h"
 #include "faultfs_mount.h"
@@ -38,19 +39,8 @@ const size_t kChunk = 1 << 20;
 const int64_t kBlock = 4096;
 const size_t kFileSize = 3 * kChunk + kChunk / 2;  // 3.5 MiB
 
-std::string Pattern(size_t size, unsigned seed) {
-  std::mt19937 gen(seed);
-  std::string s(size, '\0');
-  for (char& c : s) c = static_cast<char>(gen() >> 24);
-  return s;
-}
-
-void WriteFile(const std::string& path, const std::string& data) {
-  int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  ASSERT_GE(fd, 0) << path << ": " << strerror(errno);
-  ASSERT_EQ(static_cast<ssize_t>(data.size()), write(fd, data.data(), data.size())) << path;
-  close(fd);
-}
+using faultfs_test::Pattern;
+using faultfs_test::WriteFile;
 
 // The whole file as the backing side holds it (no faults on that side).
 std::string ReadFile(const std::string& path) {
