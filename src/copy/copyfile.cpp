@@ -15,7 +15,6 @@
 #include <algorithm>
 #include <atomic>
 
-#include "copy/my_dialog_gauge.h"
 #include "destination/Des_PathInfo.h"
 #include "disk/View_Disk_Info.h"
 #include "disk/VolumeSizeText.h"
@@ -116,7 +115,7 @@ struct copyfile::Transfer {
   std::atomic<bool> stop{false};
 };
 
-copyfile::copyfile(wxString source, wxString destination, my_dialog_gauge* dialog)
+copyfile::copyfile(wxString source, wxString destination, CopyProgressWindow* dialog)
     : m_sourcePath(source),
       m_sourceLength(static_cast<uint32_t>(source.length())),
       m_destPath(destination),
@@ -613,7 +612,7 @@ void copyfile::FlushDestination() {
   if (m_windowed && !m_dialog) return;
   if (m_dialog) {
     m_dialog->m_currentText->SetLabel(wxGetTranslation("Writing the data to the disk..."));
-    m_dialog->Update();
+    m_dialog->Refresh();
   }
   const std::string folder = m_destBytes;
   // On a thread of its own: the job's worker may still hang in a read of a

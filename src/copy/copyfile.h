@@ -18,6 +18,8 @@
 #include <wx/string.h>
 #include <wx/weakref.h>
 
+#include "copy/CopyProgressWindow.h"
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -28,7 +30,7 @@
 #include "copy/ArrayDirFilePath.h"
 #include "copy/CopyOutcome.h"
 
-class my_dialog_gauge;
+class CopyProgressWindow;
 class View_Disk_Info;
 class wxWindow;
 class FileTransfer;
@@ -64,7 +66,9 @@ wxString CopyTimeLeft(int64_t totalBytes, int64_t copiedBytes, int64_t elapsedMs
 
 class copyfile {
  public:
-  copyfile(wxString source, wxString destination, my_dialog_gauge* dialog);
+  // dialog: the progress window (my_dialog_gauge) the job fills; null for a
+  // job without a window, which is never cancelled.
+  copyfile(wxString source, wxString destination, CopyProgressWindow* dialog);
   ~copyfile();
   copyfile(const copyfile&) = delete;
   copyfile& operator=(const copyfile&) = delete;
@@ -162,7 +166,7 @@ class copyfile {
   int64_t m_displayBytes;
   ArrayDirFilePath m_items;
   std::shared_ptr<unsigned char> m_buffer;
-  wxWeakRef<my_dialog_gauge> m_dialog;
+  wxWeakRef<CopyProgressWindow> m_dialog;
   int32_t m_itemCount;
   wxStopWatch m_stopWatch;
   int32_t m_itemsDone;

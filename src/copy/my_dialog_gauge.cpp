@@ -15,7 +15,7 @@
 
 CopyOutcome g_lastCopyOutcome;
 
-BEGIN_EVENT_TABLE(my_dialog_gauge, wxDialog)
+BEGIN_EVENT_TABLE(my_dialog_gauge, CopyProgressWindow)
   EVT_BUTTON(ID_GAUGE_CANCEL, my_dialog_gauge::OnCacle)
   EVT_CLOSE(my_dialog_gauge::OnClose)
 END_EVENT_TABLE()
@@ -30,16 +30,7 @@ wxStaticText* Label(wxWindow* parent, const wxString& text, int x, int y, int w,
 
 my_dialog_gauge::my_dialog_gauge(wxWindow* parent, int id, const wxString& title,
                                  const wxPoint& pos, const wxSize& size, long style)
-    : wxDialog(parent, id, title, pos, size, style),
-      m_gauge(nullptr),
-      m_cancelButton(nullptr),
-      m_currentText(nullptr),
-      m_totalFilesText(nullptr),
-      m_totalSizeText(nullptr),
-      m_doneFilesText(nullptr),
-      m_doneSizeText(nullptr),
-      m_timeLeftText(nullptr),
-      m_cancel(false),
+    : CopyProgressWindow(parent, id, title, pos, size, style),
       m_parent(parent),
       m_job(nullptr),
       m_running(false) {

@@ -4,16 +4,15 @@
 // volumes' free space refreshed and command 1401 posted to the parent.
 #pragma once
 
-#include <wx/button.h>
-#include <wx/dialog.h>
-#include <wx/gauge.h>
-#include <wx/stattext.h>
+#include "copy/CopyProgressWindow.h"
 
 class copyfile;
 
 enum { ID_GAUGE_CANCEL = 1400 };
 
-class my_dialog_gauge : public wxDialog {
+// The gauge, the texts and the cancel flag are the members of
+// CopyProgressWindow, in the order the window shows them.
+class my_dialog_gauge : public CopyProgressWindow {
  public:
   my_dialog_gauge(wxWindow* parent, int id, const wxString& title, const wxPoint& pos,
                   const wxSize& size, long style);
@@ -24,15 +23,6 @@ class my_dialog_gauge : public wxDialog {
   // Repaints the dialog at once.
   void Update() override;
 
-  wxGauge* m_gauge;
-  wxButton* m_cancelButton;
-  wxStaticText* m_currentText;
-  wxStaticText* m_totalFilesText;
-  wxStaticText* m_totalSizeText;
-  wxStaticText* m_doneFilesText;
-  wxStaticText* m_doneSizeText;
-  wxStaticText* m_timeLeftText;
-  bool m_cancel;
   wxWindow* m_parent;
   copyfile* m_job;
 
