@@ -106,7 +106,9 @@ struct copyfile::Transfer {
       : file(source, destination, buffer, COPY_CHUNK_SIZE) {}
 
   FileTransfer file;
-  int opened = -2;   // Open's result; -2 while it has not returned
+  // Open's result; -2 while it has not returned (read by the window's thread
+  // also while an open it gave up on may still be running).
+  std::atomic<int> opened{-2};
   ssize_t read = 0;  // ReadChunk's result
   int written = 0;   // WriteChunk's result
   int finished = 0;  // Finish's result
