@@ -26,9 +26,13 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 // How long the caller polls before it sleeps, and how long the idle worker
-// polls for the next call before it sleeps.
-constexpr auto kCallerSpin = std::chrono::microseconds(40);
-constexpr auto kWorkerSpin = std::chrono::microseconds(100);
+// polls for the next call before it sleeps. Waking a sleeping thread costs
+// a tenth of a millisecond and more on a virtual machine, as long as moving
+// a whole 1 MiB chunk takes: a caller that slept through every chunk made a
+// copy of 1 GiB twice as slow. Two milliseconds cover a chunk; a call that
+// takes longer (a slow disk) is waited for asleep.
+constexpr auto kCallerSpin = std::chrono::microseconds(2000);
+constexpr auto kWorkerSpin = std::chrono::microseconds(500);
 
 inline void CpuPause() {
 #if defined(__x86_64__) || defined(__i386__)
