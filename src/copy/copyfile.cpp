@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <atomic>
 
+#include "copy/ReplaceQuestions.h"
 #include "destination/Des_PathInfo.h"
 #include "disk/View_Disk_Info.h"
 #include "disk/VolumeSizeText.h"
@@ -168,7 +169,7 @@ bool copyfile::YieldAlive() {
 }
 
 bool copyfile::ScreenDue() {
-  const long now = m_screenClock.Time();
+  const long now = m_stopWatch.Time();
   if (now - m_lastShown < kScreenInterval) return false;
   m_lastShown = now;
   return true;
@@ -344,10 +345,8 @@ void copyfile::DropPartial(const std::shared_ptr<Transfer>& transfer) {
   if (transfer->opened == 0) {
     // Removed here and now, even when a step of it hangs on the worker: the
     // name goes at once, the descriptors close when that step returns.
-    const std::string& path = transfer->file.Destination();
-    g_FileOpsSeam.Unlinkat(AT_FDCWD, path.c_str(), 0);
     if (m_worker.Busy())
-      PostIo([transfer] { transfer->file.RemoveDestination(); });
+      g_FileOpsSeam.Unlinkat(AT_FDCWD, transfer->file.Destination().c_str(), 0);
     else
       RunIoToEnd([transfer] { transfer->file.RemoveDestination(); });
   } else if (transfer->opened == -2) {
@@ -421,7 +420,7 @@ int copyfile::CopyOneFile(const std::string& source, const std::string& destinat
           error == EINVAL
               ? wxString::Format(wxGetTranslation("Can't open file '%s' !"), shown)
               : wxString(wxGetTranslation("Open file is error !"));
-      wxMessageBox(message, wxGetTranslation("Confirm Folder"), wxOK);
+      wxMessageBox(message, FolderErrorCaption(), wxOK);
     }
     return COPY_FILE_NOT_OPENED;
   }
@@ -530,25 +529,30 @@ int copyfile::CopyOneFile(const std::string& source, const std::string& destinat
 // folder mode 0x777 that the copy has always used.
 int copyfile::MakeFolder(const std::string& destination, const wxString& shown) {
   wxLogNull noLogging;
-  struct stat64 info;
-  if (g_FileOpsSeam.Stat(destination.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) return 0;
-  int error = 0;
-  for (size_t slash = destination.find('/', 1);; slash = destination.find('/', slash + 1)) {
-    const std::string part = destination.substr(0, slash);
-    if (!part.empty() && g_FileOpsSeam.Mkdir(part.c_str(), 0x777) != 0 && errno != EEXIST) {
-      error = errno;
-      break;
+  // The job lists a folder after the one that holds it, so the folder
+  // itself is made first; the folders above it only when they are missing.
+  int error = g_FileOpsSeam.Mkdir(destination.c_str(), 0x777) == 0 ? 0 : errno;
+  if (error == ENOENT) {
+    error = 0;
+    for (size_t slash = destination.find('/', 1);; slash = destination.find('/', slash + 1)) {
+      const std::string part = destination.substr(0, slash);
+      if (!part.empty() && g_FileOpsSeam.Mkdir(part.c_str(), 0x777) != 0 && errno != EEXIST) {
+        error = errno;
+        break;
+      }
+      if (slash == std::string::npos) break;
     }
-    if (slash == std::string::npos) break;
   }
-  if (error == 0 && g_FileOpsSeam.Stat(destination.c_str(), &info) == 0 && S_ISDIR(info.st_mode))
+  struct stat64 info;
+  if ((error == 0 || error == EEXIST) && g_FileOpsSeam.Stat(destination.c_str(), &info) == 0 &&
+      S_ISDIR(info.st_mode))
     return 0;
-  if (error == 0) error = ENOTDIR;
+  if (error == 0 || error == EEXIST) error = ENOTDIR;
   const wxString message =
       error == EINVAL
           ? wxString::Format(wxGetTranslation("Directory '%s' couldn't be created!"), shown)
           : wxString(wxGetTranslation("Create folder is error !"));
-  wxMessageBox(message, wxGetTranslation("Confirm Folder"), wxOK);
+  wxMessageBox(message, FolderErrorCaption(), wxOK);
   return -1;
 }
 

@@ -179,8 +179,7 @@ class copyfile {
   std::shared_ptr<Transfer> m_current;  // the file being copied, if any
   std::vector<CopyProblem> m_problems;
   wxString m_currentItem;  // the last item handled (mounted path)
-  wxStopWatch m_screenClock;
-  long m_lastShown;  // m_screenClock time of the last refresh of the screen
+  long m_lastShown;  // m_stopWatch time of the last refresh of the screen
   bool m_openFailureShown;  // the message for a file that did not open was shown
   bool m_destinationIsFat;  // the destination volume holds files below 4 GiB only
 };

@@ -31,7 +31,6 @@ wxStaticText* Label(wxWindow* parent, const wxString& text, int x, int y, int w,
 my_dialog_gauge::my_dialog_gauge(wxWindow* parent, int id, const wxString& title,
                                  const wxPoint& pos, const wxSize& size, long style)
     : CopyProgressWindow(parent, id, title, pos, size, style),
-      m_parent(parent),
       m_job(nullptr),
       m_running(false) {
   new wxStaticBox(this, wxID_ANY, wxGetTranslation("Total"), wxPoint(10, 15), wxSize(210, 90));

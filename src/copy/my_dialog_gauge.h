@@ -11,7 +11,8 @@ class copyfile;
 enum { ID_GAUGE_CANCEL = 1400 };
 
 // The gauge, the texts and the cancel flag are the members of
-// CopyProgressWindow, in the order the window shows them.
+// CopyProgressWindow, in the order the window shows them; the parent it
+// disables is the window's own parent (m_parent).
 class my_dialog_gauge : public CopyProgressWindow {
  public:
   my_dialog_gauge(wxWindow* parent, int id, const wxString& title, const wxPoint& pos,
@@ -23,7 +24,6 @@ class my_dialog_gauge : public CopyProgressWindow {
   // Repaints the dialog at once.
   void Update() override;
 
-  wxWindow* m_parent;
   copyfile* m_job;
 
  private:
