@@ -37,6 +37,10 @@ std::string RegexLiteral(const std::string& text);
 
 // Runs pending events and idle handlers for about ms milliseconds.
 void Pump(int ms = 50);
+// The double-click time the GUI test main gives GTK (milliseconds). GTK
+// pairs two clicks within this time into a double-click, and takes a press
+// within twice this time of a double-click as a triple click.
+constexpr int kDoubleClickMs = 120;
 // Pumps until pred() holds or timeout_ms passes; returns pred().
 bool PumpUntil(const std::function<bool()>& pred, int timeout_ms = 3000);
 

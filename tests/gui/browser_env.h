@@ -200,13 +200,13 @@ class ListDriver {
   }
   // Header clicks come far enough apart not to count as a double-click.
   void ClickHeader(const wxPoint& p) {
-    Pump(450);
+    Pump(vt::kDoubleClickMs + 60);
     Click(p);
   }
   void DoubleClick(const wxPoint& p) {
     // GTK counts a press within twice the double-click time of an earlier
     // double-click as a triple click: wait that long.
-    Pump(850);
+    Pump(2 * vt::kDoubleClickMs + 60);
     wxUIActionSimulator sim;
     sim.MouseMove(p);
     Pump(30);

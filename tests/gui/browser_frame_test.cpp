@@ -241,7 +241,7 @@ TEST_F(BrowserFrameTest, UpButtonGoesUpOneLevel) {
   EXPECT_EQ(frame->GetPathBox()->GetValue(), "C:\\");
   EXPECT_EQ(frame->GetTreeCtrl()->GetPath(), "/mnt/C");
   // Up again: the drives, C: selected, Copy and Up disabled by 424.
-  vt::Pump(850);  // not a double-click
+  vt::Pump(2 * vt::kDoubleClickMs + 60);  // not a double-click
   sim.MouseClick();
   ASSERT_TRUE(vt::PumpUntil([&] { return list->GetCurrentListctrlPath().empty(); }));
   EXPECT_TRUE(vt::PumpUntil([&] { return !UpEnabled(); }));
