@@ -67,7 +67,7 @@ cmd_test() {
   build_main
   say "running the tests of build/"
   local rc=0
-  (cd build && ctest --output-on-failure -j 2) || rc=1
+  (cd build && ctest --output-on-failure -j 3) || rc=1
 
   say "sanitizer build (AddressSanitizer + UndefinedBehaviorSanitizer): build-asan/"
   configure_build build-asan -DVANTORI_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug
@@ -81,7 +81,7 @@ cmd_test() {
   say "GUI tests in the sanitizer build"
   local t1=$SECONDS
   (cd build-asan && ASAN_OPTIONS=$sanitize LSAN_OPTIONS=$lsan UBSAN_OPTIONS=print_stacktrace=1 \
-     ctest --output-on-failure -R '^gui$') || rc=1
+     ctest --output-on-failure -j 3 -R '^gui_') || rc=1
   say "sanitizer GUI tests took $((SECONDS - t1)) s"
 
   say "fuzz targets (clang libFuzzer + ASan + UBSan): build-fuzz/"
