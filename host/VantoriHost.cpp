@@ -31,6 +31,24 @@ void SetUpLocale() {
   wxUILocale::UseDefault();
 }
 
+// A disk image option must name a file that can be read.
+bool CheckImageOption(const wxString& value) {
+  wxString file = value;
+  for (;;) {
+    if (file.EndsWith(wxT(",usb"))) file.RemoveLast(4);
+    else if (file.EndsWith(wxT(",rw"))) file.RemoveLast(3);
+    else if (file.EndsWith(wxT(",4096"))) file.RemoveLast(5);
+    else break;
+  }
+  if (file.empty() || access(file.fn_str(), R_OK) != 0) {
+    std::fprintf(stderr, "vantori: cannot read the disk image %s\n",
+                 static_cast<const char*>(file.utf8_str()));
+    g_startupExit = 2;
+    return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 VantoriHostFrame::VantoriHostFrame(const VantoriModule& module, bool printLayout)
@@ -107,12 +125,27 @@ bool VantoriHostApp::OnInit() {
     wxString arg = argv[i];
     if (arg == wxT("--print-layout")) {
       printLayout = true;
+    } else if (arg == wxT("--image") && i + 1 < argc) {
+      // Taken by the module when it takes the inventory; checked here so
+      // that a wrong name stops the start with a clear message.
+      wxString value = argv[++i];
+      if (!CheckImageOption(value)) return false;
+    } else if (arg.StartsWith(wxT("--image="))) {
+      if (!CheckImageOption(arg.Mid(8))) return false;
     } else if (arg == wxT("--help")) {
       std::printf(
-          "usage: vantori [--print-layout]\n"
+          "usage: vantori [--image FILE[,usb][,rw][,4096]]... [--print-layout]\n"
           "Starts Vantori: it reads the machine's disks, mounts their FAT and NTFS volumes\n"
           "under /mnt/<letter> and copies files from them. Run it as root.\n"
-          "  --print-layout  print the window tree with screen rectangles once shown\n");
+          "  --image FILE[,usb][,rw][,4096]\n"
+          "                  take a disk image file (a raw dump of a disk) as one more\n"
+          "                  disk after the machine's own; its volumes are mounted\n"
+          "                  read-only through loop devices unless ,rw is given; ,usb\n"
+          "                  shows it as a USB disk; ,4096 gives it 4096-byte sectors.\n"
+          "                  May be repeated.\n"
+          "  --print-layout  print the window tree with screen rectangles once shown\n"
+          "The same window also starts on its own, with a start-up window shown while\n"
+          "the disks are read: vantori-standalone [--image ...].\n");
       g_startupExit = 0;
       return false;
     } else {

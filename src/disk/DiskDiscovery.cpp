@@ -15,6 +15,7 @@
 
 #include "disk/BootRecord.h"
 #include "disk/DeviceSeam.h"
+#include "disk/DiskImage.h"
 #include "disk/ScsiIoctl.h"
 #include "disk/PartitionTable.h"
 #include "disk/SectorIO.h"
@@ -137,6 +138,29 @@ static bool ProbeNode(const NodeGroup* group, char letter, HardDiskInformation* 
   return kept;
 }
 
+static void ReadGeometryAndPartitions(int fd, HardDiskInformation* disk, int readPartitions);
+
+// Opens image number index as the disk in slot: every image is kept (it was
+// checked when it was added), with the model "Disk image" and, for an image
+// given as a USB disk, the removable flag.
+static bool ProbeImage(int index, HardDiskInformation* slot, int readPartitions) {
+  const DiskImageInformation* info = DiskImageAt(index);
+  if (info == NULL) return false;
+  snprintf(slot->DevicePath, sizeof(slot->DevicePath), DISK_IMAGE_PATH_FORMAT, index);
+  int fd = g_DeviceSeam.Open64(slot->DevicePath, kOpenFlags);
+  if (fd == -1) {
+    ReleaseSlot(slot);
+    return false;
+  }
+  static const char kModel[] = "Disk image";
+  memcpy(slot->Model, kModel, sizeof(kModel));
+  slot->Flags = static_cast<uint8_t>(DISK_FLAG_LBA | (info->Usb ? DISK_FLAG_REMOVABLE : 0));
+  ReadGeometryAndPartitions(fd, slot, readPartitions);
+  g_DeviceSeam.Close(fd);
+  if (slot->Partitions != NULL) DiskImageSetPartitions(index, slot->Partitions, slot->PartitionCount);
+  return true;
+}
+
 int DiskListFun(MyComputer* root, int readPartitions) {
   if (root == NULL) return 0;
   root->DiskCount = 0;
@@ -145,7 +169,7 @@ int DiskListFun(MyComputer* root, int readPartitions) {
     fprintf(stderr, "Vantori: not running as root: no disk device is opened\n");
     return 0;
   }
-  HardDiskInformation table[MAX_DISK_COUNT];
+  HardDiskInformation table[MAX_DISK_COUNT + MAX_DISK_IMAGES];
   memset(table, 0, sizeof(table));
   int count = 0;
   SgInformation sgList[MAX_SG_COUNT];
@@ -158,6 +182,11 @@ int DiskListFun(MyComputer* root, int readPartitions) {
     for (char letter = group->first; letter <= group->last && count < MAX_DISK_COUNT; ++letter) {
       if (ProbeNode(group, letter, &table[count], sgList, sgCount, readPartitions)) ++count;
     }
+  }
+  // Disk images come after the machine's own disks.
+  int realCount = count;
+  for (int i = 0; i < DiskImageCount() && count < realCount + MAX_DISK_IMAGES; ++i) {
+    if (ProbeImage(i, &table[count], readPartitions)) ++count;
   }
 
   if (readPartitions == 1) {
@@ -184,7 +213,7 @@ int DiskListFun(MyComputer* root, int readPartitions) {
   return count;
 }
 
-// The last steps of both disk probes: the geometry (its result does not
+// The last steps of every disk probe: the geometry (its result does not
 // drop the disk) and, when asked, the partition table.
 static void ReadGeometryAndPartitions(int fd, HardDiskInformation* disk, int readPartitions) {
   GetDiskCHSParameter(fd, disk, 0);

@@ -45,7 +45,7 @@ struct PartitionInformation {
 };
 
 struct HardDiskInformation {
-  char DevicePath[10];         // NUL-terminated, e.g. /dev/sda
+  char DevicePath[32];         // NUL-terminated, e.g. /dev/sda or /dev/vantori-image0
   char Model[40];              // not NUL-terminated when all 40 are used
   uint8_t Flags;               // DISK_FLAG_*
   uint16_t PartitionCount;

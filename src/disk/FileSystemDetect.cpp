@@ -272,7 +272,10 @@ void PartitionNodeName(const HardDiskInformation* disk, const PartitionInformati
   size_t n = strnlen(disk->DevicePath, sizeof(disk->DevicePath));
   memcpy(path, disk->DevicePath, n);
   path[n] = 0;
-  if (snprintf(out, size, "%s%d", path, part->PartitionNumber) < 0) out[0] = 0;
+  // A node name that ends in a digit takes a "p" before the partition
+  // number, as the kernel names them (/dev/sda1, /dev/vantori-image0p1).
+  bool digit = n > 0 && path[n - 1] >= '0' && path[n - 1] <= '9';
+  if (snprintf(out, size, digit ? "%sp%d" : "%s%d", path, part->PartitionNumber) < 0) out[0] = 0;
 }
 
 int DetectAllPartitions(MyComputer* computer) {

@@ -22,7 +22,8 @@ int DetectNtVolume(unsigned char* bootSector, unsigned short bytesPerSector,
 void GetVolumeLabel(unsigned short bytesPerSector, FileSystemInformation* fs, int fd);
 
 // The partition node: the disk's node followed by the partition number
-// (/dev/hda5), written into out (cut to size).
+// (/dev/hda5; "p" and the number after a node that ends in a digit), written
+// into out (cut to size).
 void PartitionNodeName(const HardDiskInformation* disk, const PartitionInformation* part,
                        char* out, size_t size);
 

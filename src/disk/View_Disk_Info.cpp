@@ -3,10 +3,12 @@
 #include <errno.h>
 #include <stdio.h>
 #include <string.h>
+#include <sys/mount.h>
 #include <sys/statfs.h>
 
 #include "disk/DeviceSeam.h"
 #include "disk/DiskDiscovery.h"
+#include "disk/DiskImage.h"
 #include "disk/FileSystemDetect.h"
 #include "disk/PrintableText.h"
 #include "disk/VolumeSizeText.h"
@@ -51,6 +53,44 @@ const size_t kShownLabelSize = 4 * 255 + 1;
 const char* Shown(const char* label, char* shown) {
   EscapeControlChars(label, shown, kShownLabelSize);
   return shown;
+}
+
+// Mounts one recognised volume from source on mountPoint: NTFS through
+// ntfsfix and ntfs-3g, FAT with the kernel's vfat. A read-only source (a disk
+// image kept as it is) is mounted read-only and ntfsfix, which writes, is not
+// run on it. True when the volume is mounted.
+bool MountVolume(uint8_t type, const char* node, const char* source, const char* mountPoint,
+                 bool readOnly) {
+  if (type == FS_TYPE_NTFS) {
+    char command[192];
+    if (readOnly) {
+      printf("ntfsfix skipped for %s: the disk image is read-only\n", source);
+    } else {
+      snprintf(command, sizeof(command), "ntfsfix %s > /dev/null 2>&1", source);
+      g_DeviceSeam.System(command);
+    }
+    snprintf(command, sizeof(command),
+             "ntfs-3g %s %s -o %sforce,locale=zh_CN.utf8,umask=007,gid=46 > /dev/null 2>&1", source,
+             mountPoint, readOnly ? "ro," : "");
+    if (g_DeviceSeam.System(command) != 0) {
+      // ntfs-3g runs a second time and its result is ignored. The module
+      // has always done this (a second chance for a failure that passes,
+      // such as the device still settling after ntfsfix) and tests check
+      // the sequence of shell commands, so it stays. The volume is left
+      // out of the table either way and its letter goes to the next one.
+      g_DeviceSeam.System(command);
+      return false;
+    }
+    return true;
+  }
+  unsigned long flags = kMountMagic | (readOnly ? MS_RDONLY : 0);
+  if (g_DeviceSeam.Mount(source, mountPoint, "vfat", flags, NULL) != 0) {
+    // Nothing is retried for a vfat volume.
+    if (errno == ENODEV)
+      printf("FAT volume %s left out: this kernel has no vfat file system\n", node);
+    return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -113,25 +153,18 @@ int View_Disk_Info::UI_InitDevice() {
         Unrecognise(part);
         continue;
       }
-      if (type == FS_TYPE_NTFS) {
-        char command[160];
-        snprintf(command, sizeof(command), "ntfsfix %s > /dev/null 2>&1", node);
-        g_DeviceSeam.System(command);
-        snprintf(command, sizeof(command),
-                 "ntfs-3g %s %s -o force,locale=zh_CN.utf8,umask=007,gid=46 > /dev/null 2>&1", node,
-                 mountPoint);
-        if (g_DeviceSeam.System(command) != 0) {
-          Unrecognise(part);
-          // ntfs-3g runs a second time and its result is ignored. The module
-          // has always done this (a second chance for a failure that passes,
-          // such as the device still settling after ntfsfix) and tests check
-          // the sequence of shell commands, so it stays. The volume is left
-          // out of the table either way and its letter goes to the next one.
-          g_DeviceSeam.System(command);
-          continue;
-        }
-      } else if (g_DeviceSeam.Mount(node, mountPoint, "vfat", kMountMagic, NULL) != 0) {
-        // Nothing is retried for a vfat volume.
+      // A disk image's partition is mounted through a loop device; any
+      // other node is its own source.
+      char source[32];
+      int readOnly = 0;
+      int hold = -1;
+      if (DiskImageMountSource(node, source, sizeof(source), &readOnly, &hold) != 0) {
+        Unrecognise(part);
+        continue;
+      }
+      bool mounted = MountVolume(type, node, source, mountPoint, readOnly != 0);
+      DiskImageReleaseLoop(hold);
+      if (!mounted) {
         Unrecognise(part);
         continue;
       }

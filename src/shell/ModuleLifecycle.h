@@ -7,3 +7,9 @@
 // Takes a fresh disk inventory (discovers, recognises and mounts the
 // volumes), then builds and shows the main frame under parent.
 wxWindow* CreateMainFrame(wxWindow* parent, int id, const wxPoint& pos, const wxSize& size);
+
+// Takes the disk images named on the program's command line ("--image
+// FILE[,usb][,rw][,4096]", repeatable) as the disks that follow the
+// machine's own; earlier ones are forgotten. Returns how many were taken, or
+// -1 when one of them cannot be used (a message on standard error says why).
+int RegisterDiskImagesFromCommandLine();

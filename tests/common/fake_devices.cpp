@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <linux/cdrom.h>
 #include <linux/fs.h>
+#include <linux/loop.h>
 #include <linux/hdreg.h>
 #include <scsi/scsi.h>
 #include <scsi/sg.h>
@@ -208,6 +209,20 @@ FakeSg& FakeDevices::AddSg(int number, int host, int channel, int id, int lun,
   return *s;
 }
 
+FakeDisk& FakeDevices::AddFile(const std::string& path) {
+  FakeDisk* d = new FakeDisk;
+  d->node = path;
+  d->image = path;
+  disks_.push_back(d);
+  return *d;
+}
+
+void FakeDevices::EnableLoopDevices(int first, int err) {
+  loopsEnabled_ = true;
+  nextLoop_ = first;
+  loopErr_ = err;
+}
+
 FakeDisk* FakeDevices::Disk(const std::string& node) {
   for (FakeDisk* d : disks_)
     if (d->node == node) return d;
@@ -288,6 +303,8 @@ std::vector<std::string> FakeDevices::CallsOf(const std::string& verb) const {
 }
 
 bool FakeDevices::NodeExists(const std::string& path) const {
+  for (const std::string& loop : attachedLoops_)
+    if (loop == path) return true;
   for (const FakeDisk* d : disks_) {
     if (d->node == path) return true;
     if (StartsWith(path, d->node) && path.size() > d->node.size()) {
@@ -331,6 +348,19 @@ int FakeDevices::Open(const char* path, int flags) {
   }
   Handle h;
   h.path = p;
+  if (loopsEnabled_ && p == "/dev/loop-control") {
+    h.loopControl = true;
+    int fd = nextFd_++;
+    handles_[fd] = h;
+    return fd;
+  }
+  if (loopsEnabled_ && StartsWith(p, "/dev/loop") && p.size() > 9 &&
+      p.find_first_not_of("0123456789", 9) == std::string::npos) {
+    h.loop = atoi(p.c_str() + 9);
+    int fd = nextFd_++;
+    handles_[fd] = h;
+    return fd;
+  }
   for (FakeDisk* d : disks_) {
     if (d->node == p) {
       h.disk = d;
@@ -453,6 +483,47 @@ int FakeDevices::Ioctl(int fd, unsigned long request, void* arg) {
     entry += " timeout=" + std::to_string(io->timeout);
   }
   if (request == CDROM_DRIVE_STATUS) entry += " arg=" + Hex(reinterpret_cast<unsigned long>(arg));
+  if (h->loopControl) {
+    calls_.push_back(entry);
+    if (request != LOOP_CTL_GET_FREE) {
+      errno = ENOTTY;
+      return -1;
+    }
+    return nextLoop_++;
+  }
+  if (h->loop >= 0) {
+    const struct loop_info64* info = nullptr;
+    int fileFd = -1;
+    unsigned blockSize = 0;
+    if (request == LOOP_CONFIGURE) {
+      const struct loop_config* config = static_cast<const struct loop_config*>(arg);
+      info = &config->info;
+      fileFd = static_cast<int>(config->fd);
+      blockSize = config->block_size;
+    } else if (request == LOOP_SET_STATUS64) {
+      info = static_cast<const struct loop_info64*>(arg);
+    } else if (request == LOOP_SET_FD) {
+      fileFd = static_cast<int>(reinterpret_cast<long>(arg));
+    }
+    Handle* file = fileFd >= 0 ? Find(fileFd) : nullptr;
+    if (fileFd >= 0) entry += " file=" + (file != nullptr ? file->path : std::string("?"));
+    if (info != nullptr) {
+      entry += " offset=" + std::to_string(info->lo_offset) +
+               " limit=" + std::to_string(info->lo_sizelimit) + " flags=" + Hex(info->lo_flags);
+    }
+    if (request == LOOP_CONFIGURE) entry += " bs=" + std::to_string(blockSize);
+    calls_.push_back(entry);
+    if (loopErr_ != 0) {
+      errno = loopErr_;
+      return -1;
+    }
+    if (request == LOOP_CONFIGURE || request == LOOP_SET_FD) attachedLoops_.push_back(h->path);
+    if (request == LOOP_CONFIGURE || request == LOOP_SET_FD || request == LOOP_SET_STATUS64 ||
+        request == LOOP_CLR_FD)
+      return 0;
+    errno = ENOTTY;
+    return -1;
+  }
   calls_.push_back(entry);
 
   if (h->sg != nullptr) {

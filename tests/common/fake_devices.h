@@ -102,6 +102,14 @@ class FakeDevices {
   FakeSg& AddSg(int number, int host, int channel, int id, int lun, const std::string& vendor,
                 const std::string& product, const std::string& pciName = "",
                 bool removableMedium = false);
+  // A plain file opened under its own path (a disk image file as the image
+  // table opens it): read and written like a disk node of the file's size.
+  FakeDisk& AddFile(const std::string& path);
+  // Loop devices: /dev/loop-control hands out free numbers from first on;
+  // /dev/loopN opens; LOOP_CONFIGURE (or LOOP_SET_FD + LOOP_SET_STATUS64)
+  // is recorded as "ioctl /dev/loopN 0xREQ file=PATH offset=N limit=N
+  // flags=0xF bs=N" and fails with err when err is not 0.
+  void EnableLoopDevices(int first, int err = 0);
   FakeDisk* Disk(const std::string& node);
   FakeSg* Sg(int number);
 
@@ -152,6 +160,8 @@ class FakeDevices {
     std::string path;
     FakeDisk* disk = nullptr;
     FakeSg* sg = nullptr;
+    bool loopControl = false;  // /dev/loop-control
+    int loop = -1;             // /dev/loopN
     int realFd = -1;
     uint64_t base = 0, length = 0, pos = 0;
   };
@@ -179,6 +189,10 @@ class FakeDevices {
   std::vector<FakeSg*> sgs_;
   std::map<int, Handle> handles_;
   int nextFd_ = 1000;
+  bool loopsEnabled_ = false;
+  std::vector<std::string> attachedLoops_;  // configured /dev/loopN, mountable
+  int nextLoop_ = 0;
+  int loopErr_ = 0;
   std::map<std::string, int> failOpen_, failMount_, failMkdir_, failUmount_;
   std::vector<std::pair<std::string, int>> failShell_;
   struct Space {

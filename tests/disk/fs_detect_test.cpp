@@ -1,6 +1,8 @@
 // File-system recognition and labels over hand-built boot sectors.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+
+#include <string>
 #include <stdlib.h>
 #include <string.h>
 
@@ -627,14 +629,27 @@ TEST(DetectDirect, NullArgumentsAndZeroClusterSize) {
   free(fs.VolumeLabel);
 }
 
+TEST(PartitionNodeName, APathEndingInADigitTakesAPBeforeTheNumber) {
+  HardDiskInformation disk = {};
+  PartitionInformation part = {};
+  part.PartitionNumber = 5;
+  char node[32];
+  strcpy(disk.DevicePath, "/dev/sdb");
+  PartitionNodeName(&disk, &part, node, sizeof(node));
+  EXPECT_STREQ(node, "/dev/sdb5");
+  strcpy(disk.DevicePath, "/dev/vantori-image1");
+  PartitionNodeName(&disk, &part, node, sizeof(node));
+  EXPECT_STREQ(node, "/dev/vantori-image1p5");
+}
+
 TEST(PartitionNodeName, DevicePathFieldWithoutTerminatorIsBounded) {
   HardDiskInformation disk = {};
   memset(disk.DevicePath, 'x', sizeof(disk.DevicePath));
   PartitionInformation part = {};
   part.PartitionNumber = 27;
-  char node[32];
+  char node[64];
   PartitionNodeName(&disk, &part, node, sizeof(node));
-  EXPECT_STREQ(node, "xxxxxxxxxx27");
+  EXPECT_EQ(std::string(node), std::string(sizeof(disk.DevicePath), 'x') + "27");
   char small[6];
   PartitionNodeName(&disk, &part, small, sizeof(small));
   EXPECT_STREQ(small, "xxxxx");

@@ -138,7 +138,8 @@ TEST(FreeFsInfo, NullIsHarmlessAndLabelIsFreed) {
 
 TEST(Records, FieldWidths) {
   HardDiskInformation disk;
-  EXPECT_EQ(sizeof(disk.DevicePath), 10u);
+  // Room for the names of disk images (/dev/vantori-image0).
+  EXPECT_EQ(sizeof(disk.DevicePath), 32u);
   EXPECT_EQ(sizeof(disk.Model), 40u);
   EXPECT_EQ(sizeof(disk.Flags), 1u);
   EXPECT_EQ(sizeof(disk.PartitionCount), 2u);

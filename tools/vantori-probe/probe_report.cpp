@@ -1,11 +1,16 @@
 #include "probe_report.h"
 
+#include <errno.h>
 #include <string.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
 
 #include "disk/DiskDiscovery.h"
+#include "disk/DiskImage.h"
+
+volatile sig_atomic_t g_probeStop = 0;
 
 namespace {
 
@@ -45,15 +50,26 @@ void Emit(const std::string& line) {
   fputc('\n', stdout);
 }
 
+// Waits until standard input ends or a stop signal has been taken.
+void WaitForRelease() {
+  char buffer[256];
+  while (!g_probeStop) {
+    ssize_t n = read(0, buffer, sizeof(buffer));
+    if (n == 0 || (n < 0 && errno != EINTR)) break;
+  }
+}
+
 }  // namespace
 
 void PrintProbeUsage(FILE* out) {
   // Fixed output, checked by tests.
   fputs(
-      "usage: vantori-probe [--no-mount | --keep-mounted] [--help]\n"
+      "usage: vantori-probe [--no-mount | --keep-mounted | --hold]\n"
+      "                     [--image FILE[,usb][,rw][,4096]]... [--help]\n"
       "\n"
       "Takes the inventory of the machine's disks the way the Vantori module does\n"
-      "(device nodes /dev/hd[a-d], /dev/sd[a-j], /dev/sg[0-9]), recognises the FAT and\n"
+      "(device nodes /dev/hd[a-d], /dev/sd[a-j], /dev/sg[0-9], then the disk images\n"
+      "given with --image), recognises the FAT and\n"
       "NTFS volumes of every partition, mounts them under /mnt/<letter> and prints one\n"
       "line per record, fields separated by TAB:\n"
       "\n"
@@ -75,6 +91,17 @@ void PrintProbeUsage(FILE* out) {
       "  --no-mount      discovery and recognition only: nothing is mounted and no\n"
       "                  volume lines are printed\n"
       "  --keep-mounted  leave the volumes mounted on exit\n"
+      "  --hold          after the report keep the volumes mounted until standard\n"
+      "                  input ends or SIGTERM, SIGINT or SIGHUP arrives, then\n"
+      "                  unmount everything\n"
+      "  --image FILE[,usb][,rw][,4096]\n"
+      "                  take a disk image file (a raw dump of a disk) as one more\n"
+      "                  disk, named /dev/vantori-image0, /dev/vantori-image1, ...\n"
+      "                  (partitions /dev/vantori-image0p1, ...); its volumes are\n"
+      "                  mounted through loop devices, read-only (ntfsfix is not run)\n"
+      "                  unless ,rw is given; ,usb shows it as a removable USB disk;\n"
+      "                  ,4096 gives it 4096-byte sectors. Loop devices are released\n"
+      "                  when the volumes are unmounted. May be repeated.\n"
       "  --help          this text\n"
       "\n"
       "Needs root rights (raw device access, mount). Exit status 0 on success.\n",
@@ -88,6 +115,16 @@ int ParseProbeArgs(int argc, char** argv, ProbeOptions* options, FILE* err) {
       options->mount = false;
     } else if (strcmp(arg, "--keep-mounted") == 0) {
       options->keepMounted = true;
+    } else if (strcmp(arg, "--hold") == 0) {
+      options->hold = true;
+    } else if (strcmp(arg, "--image") == 0) {
+      if (i + 1 >= argc) {
+        fprintf(err, "vantori-probe: --image needs a file name\n");
+        return 2;
+      }
+      options->images.push_back(argv[++i]);
+    } else if (strncmp(arg, "--image=", 8) == 0) {
+      options->images.push_back(arg + 8);
     } else if (strcmp(arg, "--help") == 0 || strcmp(arg, "-h") == 0) {
       options->help = true;
     } else {
@@ -95,8 +132,8 @@ int ParseProbeArgs(int argc, char** argv, ProbeOptions* options, FILE* err) {
       return 2;
     }
   }
-  if (!options->mount && options->keepMounted) {
-    fprintf(err, "vantori-probe: --no-mount and --keep-mounted exclude each other\n");
+  if ((!options->mount ? 1 : 0) + (options->keepMounted ? 1 : 0) + (options->hold ? 1 : 0) > 1) {
+    fprintf(err, "vantori-probe: --no-mount, --keep-mounted and --hold exclude each other\n");
     return 2;
   }
   return 0;
@@ -187,7 +224,8 @@ int RunProbe(View_Disk_Info* info, const ProbeOptions& options) {
       Emit(line);
     }
     fflush(stdout);
-    if (!options.keepMounted) info->UI_FreeMemory();
+    if (options.hold) WaitForRelease();
+    if (!options.keepMounted || g_probeStop) info->UI_FreeMemory();
   }
   fflush(stdout);
   return 0;
@@ -205,6 +243,9 @@ int ProbeMain(int argc, char** argv, uid_t euid, View_Disk_Info* info, FILE* err
     // Fixed output, checked by tests; nothing has opened a device yet.
     fprintf(err, "vantori-probe: must be run as root (raw disk access and mount need it)\n");
     return 1;
+  }
+  for (const std::string& image : options.images) {
+    if (AddDiskImage(image.c_str()) != 0) return 2;
   }
   return RunProbe(info, options);
 }

@@ -3,16 +3,26 @@
 // sees on a machine.
 #pragma once
 
+#include <signal.h>
 #include <stdio.h>
 #include <sys/types.h>
+
+#include <string>
+#include <vector>
 
 #include "disk/View_Disk_Info.h"
 
 struct ProbeOptions {
   bool mount = true;         // mount the recognised volumes and list them
   bool keepMounted = false;  // leave them mounted on exit
+  bool hold = false;         // after the report, wait for the end of input or a signal
   bool help = false;
+  std::vector<std::string> images;  // --image options, as given
 };
+
+// Set by the program's handlers for SIGTERM, SIGINT and SIGHUP: the probe
+// then ends its wait and unmounts what it mounted before it exits.
+extern volatile sig_atomic_t g_probeStop;
 
 // 0 when the arguments were understood, else 2 (after a message on err).
 int ParseProbeArgs(int argc, char** argv, ProbeOptions* options, FILE* err);
