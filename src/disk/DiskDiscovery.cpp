@@ -156,8 +156,28 @@ static bool ProbeImage(int index, HardDiskInformation* slot, int readPartitions)
   memcpy(slot->Model, kModel, sizeof(kModel));
   slot->Flags = static_cast<uint8_t>(DISK_FLAG_LBA | (info->Usb ? DISK_FLAG_REMOVABLE : 0));
   ReadGeometryAndPartitions(fd, slot, readPartitions);
+  // Where each partition's volume lies in the file, as the kernel would
+  // make its node: a primary one at its start sector; a logical one at the
+  // start its extended boot record (where the record's start sector points)
+  // gives in its first entry.
+  DiskImageClearPartitions(index);
+  unsigned short bps = slot->BytesPerSector;
+  unsigned char* sector = bps >= 512 ? static_cast<unsigned char*>(malloc(bps)) : NULL;
+  for (int p = 0; slot->Partitions != NULL && p < slot->PartitionCount; ++p) {
+    const PartitionInformation* part = &slot->Partitions[p];
+    uint64_t start = part->StartSector;
+    if (part->PartitionNumber > PARTITION_ENTRY_COUNT) {
+      PartitionEntry entry;
+      ByteView view = MakeByteView(NULL, 0);
+      if (sector != NULL && DirectReadDisk(fd, part->StartSector, 1, sector, bps) == 1)
+        view = MakeByteView(sector, bps);
+      if (!HasBootSignature(&view) || ReadPartitionEntry(&view, 0, &entry) != 0) continue;
+      start += entry.start;
+    }
+    DiskImageAddPartition(index, part->PartitionNumber, start, part->SectorCount);
+  }
+  free(sector);
   g_DeviceSeam.Close(fd);
-  if (slot->Partitions != NULL) DiskImageSetPartitions(index, slot->Partitions, slot->PartitionCount);
   return true;
 }
 

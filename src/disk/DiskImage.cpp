@@ -343,16 +343,18 @@ const DiskImageInformation* DiskImageAt(int index) {
   return &s_images[index].info;
 }
 
-void DiskImageSetPartitions(int index, const PartitionInformation* parts, int count) {
+void DiskImageClearPartitions(int index) {
+  if (index >= 0 && index < s_imageCount) s_images[index].partCount = 0;
+}
+
+void DiskImageAddPartition(int index, int number, uint64_t startSector, uint64_t sectorCount) {
   if (index < 0 || index >= s_imageCount) return;
   ImageEntry* entry = &s_images[index];
-  entry->partCount = 0;
-  for (int i = 0; parts != NULL && i < count && entry->partCount < kMaxImagePartitions; ++i) {
-    ImagePartition* p = &entry->parts[entry->partCount++];
-    p->number = parts[i].PartitionNumber;
-    p->startSector = parts[i].StartSector;
-    p->sectorCount = parts[i].SectorCount;
-  }
+  if (entry->partCount >= kMaxImagePartitions) return;
+  ImagePartition* p = &entry->parts[entry->partCount++];
+  p->number = number;
+  p->startSector = startSector;
+  p->sectorCount = sectorCount;
 }
 
 int DiskImageMountSource(const char* node, char* source, size_t size, int* readOnly,

@@ -40,9 +40,11 @@ int DiskImageCount(void);
 // The image with this number, or null.
 const DiskImageInformation* DiskImageAt(int index);
 
-// Called by discovery after an image's partition walk: partition nodes of
-// that image can be opened from then on.
-void DiskImageSetPartitions(int index, const PartitionInformation* parts, int count);
+// Called by discovery after an image's partition walk: the partition nodes
+// of that image (number, where its volume starts, its length in sectors) can
+// be opened from then on.
+void DiskImageClearPartitions(int index);
+void DiskImageAddPartition(int index, int number, uint64_t startSector, uint64_t sectorCount);
 
 // For a partition node the volume table is about to mount: when it is an
 // image's partition, attaches a loop device to that partition's stretch of

@@ -4,7 +4,12 @@
 #include <gtest/gtest.h>
 #include <string.h>
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
 #include <map>
+#include <sstream>
 
 #include "disk/DiskDiscovery.h"
 #include "disk/FileSystemDetect.h"
@@ -337,6 +342,156 @@ TEST_F(ToolImages, MountingTheToolMadeDisk) {
   table.UI_FreeMemory();
   FreeHdInfoList(&table.m_Computer, FreeFsInfo);
   dt::Run("rm -rf /mnt/* 2>/dev/null");
+}
+
+// The TAB-separated fields of each line of text that starts with kind.
+std::vector<std::vector<std::string>> ProbeLines(const std::string& text, const std::string& kind) {
+  std::vector<std::vector<std::string>> lines;
+  for (const std::string& line : dt::Lines(text)) {
+    std::vector<std::string> fields;
+    std::stringstream in(line);
+    std::string field;
+    while (std::getline(in, field, '\t')) fields.push_back(field);
+    if (!fields.empty() && fields[0] == kind) lines.push_back(fields);
+  }
+  return lines;
+}
+
+void WriteText(const std::string& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string ReadText(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+// Loop devices whose backing file is path (from sysfs).
+int LoopsBackedBy(const std::string& path) {
+  std::string out;
+  dt::Run("cat /sys/block/loop*/loop/backing_file 2>/dev/null", &out);
+  int n = 0;
+  for (const std::string& line : dt::Lines(out))
+    if (line == path) ++n;
+  return n;
+}
+
+std::string ProbeCommand(const std::string& devOption, const std::string& args) {
+  return std::string(VANTORI_SOURCE_DIR) + "/tests/run-in-mntns.sh " + devOption + " '" +
+         VANTORI_PROBE_PATH + "' " + args;
+}
+
+TEST_F(ToolImages, ProbeTakesAnImageAsTheSameDiskARealNodeWouldBe) {
+  std::string img = MakeDisk();
+  // The in-process view of the same file as a real disk node.
+  vt::FakeDevices fake;
+  fake.AddIdeDisk("/dev/hda", img, "TOOLS");
+  MyComputer root = {0, nullptr};
+  ASSERT_EQ(DiskListFun(&root, 1), 1);
+  DetectAllPartitions(&root);
+  // The program, in a /dev without any disk, with the image.
+  std::string out;
+  ASSERT_EQ(dt::Run(ProbeCommand("--empty-dev", "--no-mount --image '" + img + "' 2>&1"), &out),
+            0)
+      << out;
+  auto disks = ProbeLines(out, "disk");
+  ASSERT_EQ(disks.size(), 1u) << out;
+  EXPECT_EQ(disks[0][1], "/dev/vantori-image0");
+  EXPECT_EQ(disks[0][2], "Disk image");
+  EXPECT_EQ(disks[0][4], "512");
+  EXPECT_EQ(disks[0][8], std::to_string(root.Disks[0].TotalSectors));
+  EXPECT_EQ(disks[0][9], "5");
+  auto parts = ProbeLines(out, "partition");
+  ASSERT_EQ(parts.size(), 5u) << out;
+  for (int i = 0; i < 5; ++i) {
+    const PartitionInformation& p = root.Disks[0].Partitions[i];
+    SCOPED_TRACE("partition " + std::to_string(p.PartitionNumber));
+    EXPECT_EQ(parts[i][1], "/dev/vantori-image0");
+    EXPECT_EQ(parts[i][2], std::to_string(p.PartitionNumber));
+    EXPECT_EQ(parts[i][3], p.DriveLetter ? std::string(1, p.DriveLetter) : std::string("-"));
+    EXPECT_EQ(parts[i][4], std::to_string(p.StartSector));
+    EXPECT_EQ(parts[i][5], std::to_string(p.SectorCount));
+    ASSERT_NE(p.FileSystem, nullptr);
+    EXPECT_EQ(parts[i][6], std::to_string(p.FileSystem->FsType));
+  }
+  EXPECT_EQ(parts[3][7], "NTFSVOL");
+  EXPECT_EQ(parts[0][7], "FAT16VOL   ");
+  FreeHdInfoList(&root, FreeFsInfo);
+  // A name that cannot be read stops the program before anything else.
+  EXPECT_EQ(dt::Run(ProbeCommand("--empty-dev", "--no-mount --image '" + img + ".missing' 2>&1"),
+                    &out),
+            2)
+      << out;
+  EXPECT_NE(out.find("cannot open the disk image"), std::string::npos) << out;
+}
+
+TEST_F(ToolImages, ProbeMountsImageVolumesReadOnlyAndReleasesEveryLoopDevice) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs root for loop devices";
+  std::string img = MakeDisk();
+  std::vector<uint8_t> before = vt::ReadAt(img, 0, 1 << 20);
+  // 1. The default run: mount, print, unmount, exit.
+  std::string out;
+  ASSERT_EQ(dt::Run(ProbeCommand("--loop-dev", "--image '" + img + "' 2>&1"), &out), 0) << out;
+  auto volumes = ProbeLines(out, "volume");
+  auto ntfs = std::find_if(volumes.begin(), volumes.end(),
+                           [](const std::vector<std::string>& v) { return v[4] == "NTFS"; });
+  ASSERT_NE(ntfs, volumes.end()) << out;
+  EXPECT_EQ((*ntfs)[5], "NTFSVOL");
+  EXPECT_NE(out.find("ntfsfix skipped for /dev/loop"), std::string::npos) << out;
+  if (volumes.size() < 4) {
+    // This kernel has no vfat: the FAT volumes are left out and the output
+    // says why.
+    EXPECT_NE(out.find("left out: this kernel has no vfat file system"), std::string::npos)
+        << out;
+  }
+  for (int i = 0; i < 100 && LoopsBackedBy(img) > 0; ++i) usleep(50 * 1000);
+  EXPECT_EQ(LoopsBackedBy(img), 0) << "a loop device still holds the image after the run";
+  // 2. Held until SIGTERM: meanwhile the NTFS volume is mounted read-only
+  // from a loop device on the image; afterwards nothing is left.
+  std::string dir = dir_.path();
+  WriteText(dir + "/held.sh",
+                "set -e\n"
+                "cd \"$1\"\n"
+                "mkfifo hold.in\n"
+                "\"$2\" --hold --image \"$3\" < hold.in > hold.out 2>&1 &\n"
+                "pid=$!\n"
+                "exec 3> hold.in\n"
+                "i=0\n"
+                "while ! grep -q '^volume' hold.out && [ $i -lt 300 ]; do sleep 0.1; i=$((i+1)); done\n"
+                "mp=$(awk -F'\\t' '$1 == \"volume\" && $5 == \"NTFS\" { print $3 }' hold.out)\n"
+                "echo \"$mp\" > mountpoint\n"
+                "awk -v mp=\"$mp\" '$5 == mp { print $6; print }' /proc/self/mountinfo > options\n"
+                "if touch \"$mp/written\" 2>/dev/null; then echo yes > wrote; else echo no > wrote; fi\n"
+                "cat /sys/block/loop*/loop/backing_file > during 2>/dev/null || true\n"
+                "kill -TERM $pid\n"
+                "rc=0; wait $pid || rc=$?\n"
+                "echo $rc > rc\n"
+                "grep -E ' /mnt/[C-Z] ' /proc/self/mountinfo > mounts_after || true\n");
+  ASSERT_EQ(dt::Run(std::string(VANTORI_SOURCE_DIR) + "/tests/run-in-mntns.sh --loop-dev sh '" +
+                        dir + "/held.sh' '" + dir + "' '" + VANTORI_PROBE_PATH + "' '" + img +
+                        "' 2>&1",
+                    &out),
+            0)
+      << out;
+  std::string held = ReadText(dir + "/hold.out");
+  EXPECT_NE(ReadText(dir + "/mountpoint"), "\n") << held;
+  std::string options = ReadText(dir + "/options");
+  // Mounted by ntfs-3g (a FUSE block-device mount), read-only.
+  EXPECT_EQ(options.rfind("ro,", 0), 0u) << options << held;
+  EXPECT_NE(options.find(" - fuseblk /dev/loop"), std::string::npos) << options;
+  EXPECT_EQ(ReadText(dir + "/wrote"), "no\n");
+  EXPECT_NE(ReadText(dir + "/during").find(img), std::string::npos)
+      << "no loop device on the image while held";
+  EXPECT_EQ(ReadText(dir + "/rc"), "0\n") << held;
+  EXPECT_EQ(ReadText(dir + "/mounts_after"), "") << held;
+  // The loop devices release themselves once ntfs-3g has let go; its
+  // process ends just after the unmount.
+  for (int i = 0; i < 100 && LoopsBackedBy(img) > 0; ++i) usleep(50 * 1000);
+  EXPECT_EQ(LoopsBackedBy(img), 0);
+  // The image is evidence: not one byte of it changed.
+  EXPECT_TRUE(vt::ReadAt(img, 0, 1 << 20) == before);
 }
 
 }  // namespace
