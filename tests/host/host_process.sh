@@ -67,7 +67,44 @@ else
   fi
   wait $PID; rc=$?
   [ $rc = 0 ] && ok "Exit ends the process with status 0" || bad "exit status $rc after Exit"
+  # Where Exit lies inside the module's window, for the stand-alone start.
+  topRect=$(awk -F'\t' '$1=="window" && $2==0 {print $5}' "$WORK/out.txt")
+  IFS=, read -r tx ty tw th <<<"$topRect"
+  exitDx=$((x + w / 2 - tx)); exitDy=$((y + h / 2 - ty))
 fi
+
+# 1b. The stand-alone program: the start-up window, then one main window at
+# (132, 104) of 660 x 540; Exit ends it.
+isolated "$BIN/vantori-standalone" >"$WORK/sa.out" 2>"$WORK/sa.err" &
+PID=$!
+win=""
+for i in $(seq 1 600); do
+  win=$(xdotool search --onlyvisible --name '^Vantori$' 2>/dev/null)
+  [ -n "$win" ] && [ "$(echo "$win" | wc -l)" = 1 ] && \
+    xwininfo -id "$win" | grep -q 'Width: 660' && break
+  sleep 0.1
+done
+if [ -z "$win" ]; then
+  bad "the stand-alone main window did not come up: $(cat "$WORK/sa.err")"
+else
+  [ "$(echo "$win" | wc -l)" = 1 ] && ok "stand-alone: one visible window" \
+    || bad "stand-alone: visible windows: $win"
+  geo=$(xwininfo -id "$win" | awk '/Absolute upper-left X/{x=$4} /Absolute upper-left Y/{y=$4} /Width:/{w=$2} /Height:/{h=$2} END{print x","y","w","h}')
+  [ "$geo" = "132,104,660,540" ] && ok "stand-alone main window at 132,104 660x540" \
+    || bad "stand-alone main window geometry $geo"
+  grep -q '^nIsInistialized = 0$' "$WORK/sa.out" && ok "start-up window traced its first tick" \
+    || bad "no trace line: $(head -3 "$WORK/sa.out")"
+  if [ -n "${exitDx:-}" ]; then
+    xdotool mousemove $((132 + exitDx)) $((104 + exitDy)) click 1
+    for i in $(seq 1 100); do kill -0 $PID 2>/dev/null || break; sleep 0.1; done
+  fi
+fi
+if kill -0 $PID 2>/dev/null; then
+  bad "Exit did not end the stand-alone program"; kill $PID
+fi
+wait $PID; rc=$?
+[ $rc = 0 ] && ok "stand-alone: Exit ends the process with status 0" || bad "stand-alone exit status $rc"
+grep -q 'toolkit check failed' "$WORK/sa.err" && bad "stand-alone: $(grep 'toolkit check' "$WORK/sa.err" | head -2)"
 
 # 2. A missing library: clear message, non-zero status.
 mkdir -p "$WORK/nolib"
