@@ -5,7 +5,47 @@
 #include <wx/fs_arc.h>
 #include <wx/image.h>
 
+#include <dirent.h>
+#include <string.h>
+#include <fcntl.h>
+#include <stdlib.h>
+#include <unistd.h>
+
 #include "common/ImageHandlers.h"
+
+namespace {
+
+// A private directory for the help controller's cache: made for this run
+// (mode 0700, a name nobody can guess), so that no file of a fixed name in
+// /tmp is ever written, and no link planted there can redirect the write.
+wxString MakeCacheDir() {
+  char pattern[] = "/tmp/vantori-help-XXXXXX";
+  if (mkdtemp(pattern) == nullptr) return wxString();
+  return wxString::FromUTF8(pattern);
+}
+
+// Removes the cache directory and the files the controller wrote into it;
+// nothing is followed: a link in it is removed as the link itself.
+void RemoveCacheDir(const wxString& dir) {
+  if (dir.empty()) return;
+  wxCharBuffer path = dir.utf8_str();
+  int fd = open(path.data(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (fd >= 0) {
+    DIR* listing = fdopendir(fd);
+    if (listing != nullptr) {
+      while (struct dirent* entry = readdir(listing)) {
+        if (strcmp(entry->d_name, ".") == 0 || strcmp(entry->d_name, "..") == 0) continue;
+        unlinkat(dirfd(listing), entry->d_name, 0);
+      }
+      closedir(listing);
+    } else {
+      close(fd);
+    }
+  }
+  rmdir(path.data());
+}
+
+}  // namespace
 
 BEGIN_EVENT_TABLE(HelpDia, wxDialog)
   EVT_CLOSE(HelpDia::OnClose)
@@ -30,13 +70,16 @@ HelpDia::HelpDia(wxWindow* parent, wxWindowID id, const wxString& title, const w
   m_helpController.SetHelpWindow(m_helpWindow);
   m_helpWindow->Create(this, wxID_ANY, wxDefaultPosition, GetSize(),
                        wxTAB_TRAVERSAL | wxBORDER_NONE, wxHF_DEFAULT_STYLE);
-  m_helpController.SetTempDir(wxT("/tmp/"));
+  m_cacheDir = MakeCacheDir();
+  // Without a directory of its own the controller caches nothing.
+  m_helpController.SetTempDir(m_cacheDir.empty() ? wxString() : m_cacheDir + wxT("/"));
 }
 
 HelpDia::~HelpDia() {
   // The help window is our child and goes with us; the controller must not
   // touch it afterwards.
   m_helpController.SetHelpWindow(nullptr);
+  RemoveCacheDir(m_cacheDir);
 }
 
 bool HelpDia::AddBook(const wxFileName& book, bool showWaitMsg) {

@@ -19,10 +19,15 @@ class HelpDia : public wxDialog {
   void OnClose(wxCloseEvent& event);
 
   wxHtmlHelpController& GetController() { return m_helpController; }
+  wxHtmlHelpWindow* GetHelpWindow() { return m_helpWindow; }
+  // The directory made for this dialog where the help controller keeps its
+  // cache of the book (empty when none could be made: then nothing is cached).
+  const wxString& CacheDir() const { return m_cacheDir; }
 
  private:
   wxHtmlHelpController m_helpController;
   wxHtmlHelpWindow* m_helpWindow;
+  wxString m_cacheDir;
 
   DECLARE_EVENT_TABLE()
 };

@@ -375,6 +375,43 @@ TEST_F(MainFrameTest, HelpRunsTheConfiguredCommand) {
   vt::InstallShippedSettings();
 }
 
+// Runs a shell command and returns its standard output.
+std::string ShellOutput(const std::string& command) {
+  std::string text;
+  if (FILE* p = popen(command.c_str(), "r")) {
+    char buffer[512];
+    size_t n;
+    while ((n = fread(buffer, 1, sizeof(buffer), p)) > 0) text.append(buffer, n);
+    pclose(p);
+  }
+  return text;
+}
+
+// With the shipped settings, Help starts Vantori's own help program, which
+// shows the help book's first page in a window of its own.
+TEST_F(MainFrameTest, HelpWithTheShippedSettingsShowsTheBooksFirstPage) {
+  vt::InstallShippedSettings();
+  // The help program lies beside the module, as it does beside the host.
+  const std::string program = vt::ExeDir() + "vantori-help";
+  std::remove(program.c_str());
+  ASSERT_EQ(link(VANTORI_BIN_DIR "/vantori-help", program.c_str()), 0) << "vantori-help not built";
+  ASSERT_TRUE(ShellOutput("pgrep -x vantori-help").empty()) << "a help program is running already";
+  vt::StdoutCapture out;
+  wxCommandEvent ev(wxEVT_BUTTON, 3002);
+  frame->GetEventHandler()->ProcessEvent(ev);
+  bool shown = vt::PumpUntil(
+      [] { return !ShellOutput("xdotool search --onlyvisible --name '^Vantori Help$'").empty(); },
+      15000);
+  ShellOutput("pkill -TERM -x vantori-help");
+  vt::PumpUntil([] { return ShellOutput("pgrep -x vantori-help").empty(); }, 5000);
+  std::string text = out.Stop();
+  std::remove(program.c_str());
+  EXPECT_TRUE(shown) << "no window of the help program: " << text;
+  EXPECT_NE(text.find("help_cmd = ./vantori-help \"index.html\"\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("help page shown: index.html \"Vantori\"\n"), std::string::npos) << text;
+  EXPECT_TRUE(ShellOutput("pgrep -x vantori-help").empty());
+}
+
 }  // namespace
 
 // The about box is the module's own dialog: answer it with OK.

@@ -138,6 +138,15 @@ if id nobody >/dev/null 2>&1; then
     || bad "no non-root warning: $(cat "$WORK/nr.err")"
   grep -q '^layout-end' "$WORK/nr.out" && ok "non-root run opens its window" \
     || bad "non-root run did not open its window: $(cat "$WORK/nr.err")"
+  # No toolkit assertion (the help book's cache used to need root's /tmp
+  # file) and no dialog beside the main window.
+  sleep 0.5
+  grep -q 'toolkit check failed' "$WORK/nr.err" \
+    && bad "non-root run: $(grep -c 'toolkit check failed' "$WORK/nr.err") toolkit assertions: $(grep -m1 'toolkit check failed' "$WORK/nr.err")" \
+    || ok "non-root run: no toolkit assertion"
+  shown=$(xdotool search --onlyvisible --name '.' 2>/dev/null | while read -r w; do xwininfo -id "$w" | sed -n 's/^xwininfo: Window id: [^ ]* "\(.*\)"$/\1/p'; done | sort | tr '\n' '|')
+  [ "$shown" = "Vantori|" ] && ok "non-root run: only the main window is shown" \
+    || bad "non-root run: windows shown: $shown"
   kill $PID 2>/dev/null; wait $PID 2>/dev/null
 else
   bad "no user 'nobody' to test the non-root start"
