@@ -14,7 +14,7 @@ PACKAGES=(
   build-essential cmake ninja-build pkg-config python3
   libwxgtk3.2-dev libgtest-dev clang libclang-rt-14-dev
   xvfb xauth x11-utils xdotool imagemagick fonts-dejavu-core
-  ntfs-3g dosfstools fdisk util-linux strace libfuse3-dev fuse3
+  ntfs-3g dosfstools fdisk util-linux strace libfuse3-dev fuse3 mtools psmisc
   qemu-system-x86 linux-image-amd64 busybox-static cpio kmod
 )
 
@@ -47,17 +47,45 @@ build_main() {
   cmake --build build -j "$JOBS"
 }
 
+# On a machine whose disks Vantori does not see, the demo disks (built once
+# under build/demo/, again when their script changed) stand in for them.
+demo_args() {
+  local demo=$ROOT/build/demo script=$ROOT/tools/make-demo-disks.sh
+  if [ "$(id -u)" != 0 ]; then
+    say "not root: Vantori can neither read disks nor mount the demo disks" >&2
+    return 0
+  fi
+  if build/bin/vantori-probe --no-mount 2>/dev/null | grep -q '^disk'; then
+    return 0
+  fi
+  if [ ! -f "$demo/demo-fixed.img" ] || [ ! -f "$demo/demo-usb.img" ] || \
+     [ "$script" -nt "$demo/demo-fixed.img" ]; then
+    say "Vantori finds no disk on this machine: building the demo disks in $demo" >&2
+    "$script" "$demo" >&2
+  fi
+  say "no disk found: starting Vantori with the demo disks (./dev.sh run --no-demo skips them)" >&2
+  printf '%s\n' --image "$demo/demo-fixed.img" --image "$demo/demo-usb.img,usb,rw"
+}
+
 cmd_run() {
   ensure_packages
   build_main
+  local args=() demo=1 a
+  for a in "$@"; do
+    if [ "$a" = --no-demo ]; then demo=0; else args+=("$a"); fi
+  done
+  if [ $demo = 1 ]; then
+    local line
+    while IFS= read -r line; do args+=("$line"); done < <(demo_args)
+  fi
   cd build/bin
   if [ -n "${DISPLAY:-}" ]; then
-    exec ./vantori "$@"
+    exec ./vantori "${args[@]}"
   fi
   local shot=$ROOT/build/screenshot.png
   say "no display: running under Xvfb, screenshot goes to $shot"
   rm -f "$shot"
-  xvfb-run -a -s "-screen 0 800x640x24" "$ROOT/tools/screenshot-window.sh" Vantori "$shot" ./vantori "$@"
+  xvfb-run -a -s "-screen 0 800x640x24" "$ROOT/tools/screenshot-window.sh" Vantori "$shot" ./vantori "${args[@]}"
   say "screenshot saved: $shot"
 }
 

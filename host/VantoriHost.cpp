@@ -7,6 +7,7 @@
 #include <wx/uilocale.h>
 
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <langinfo.h>
@@ -174,6 +175,14 @@ bool VantoriHostApp::OnInit() {
   VantoriHostFrame* frame = new VantoriHostFrame(module, printLayout);
   frame->Show(true);
   SetTopWindow(frame);
+  // Ended from outside (SIGTERM, SIGINT, SIGHUP): the window closes the
+  // normal way, so the module unmounts its volumes and the loop devices of
+  // disk images are released.
+  for (int signal : {SIGTERM, SIGINT, SIGHUP}) {
+    SetSignalHandler(signal, [](int) {
+      if (wxWindow* top = wxTheApp->GetTopWindow()) top->Close(true);
+    });
+  }
   return true;
 }
 
