@@ -27,6 +27,11 @@ struct DeviceSeam {
   int (*System)(const char* command);
   // The effective user id: the disk layer opens no device without root.
   uid_t (*Geteuid)(void);
+  // umount2 (MNT_DETACH: a volume still in use leaves the mount table now
+  // and is released when its last user lets go).
+  int (*Umount2)(const char* target, int flags);
+  // Writes every file system's cached data to its disk.
+  void (*Sync)(void);
 };
 
 // Makes the compiler refuse a definition of the table that would need a

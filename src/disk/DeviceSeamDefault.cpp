@@ -28,6 +28,8 @@ int RealStatfs64(const char* path, struct statfs64* out) { return statfs64(path,
 int RealMkdir(const char* path, mode_t mode) { return mkdir(path, mode); }
 int RealSystem(const char* command) { return system(command); }
 uid_t RealGeteuid(void) { return geteuid(); }
+int RealUmount2(const char* target, int flags) { return umount2(target, flags); }
+void RealSync(void) { sync(); }
 
 }  // namespace
 
@@ -35,4 +37,5 @@ uid_t RealGeteuid(void) { return geteuid(); }
 DEVICE_SEAM_CONSTINIT DeviceSeam g_DeviceSeam = {
     RealOpen64, RealClose, RealIoctl, RealLseek64, RealRead, RealWrite,
     RealMount,  RealUmount, RealStatfs64, RealMkdir, RealSystem, RealGeteuid,
+    RealUmount2, RealSync,
 };

@@ -93,6 +93,21 @@ bool MountVolume(uint8_t type, const char* node, const char* source, const char*
   return true;
 }
 
+// The entry among the first count whose partition node is node, or -1.
+int FindVolume(const VolumeInformation* volumes, int count, const char* node) {
+  for (int i = 0; i < count && i < MAX_VOLUME_COUNT; ++i) {
+    if (strncmp(volumes[i].Node, node, sizeof(volumes[i].Node)) == 0) return i;
+  }
+  return -1;
+}
+
+bool LetterHeld(const VolumeInformation* volumes, int count, char letter) {
+  for (int i = 0; i < count && i < MAX_VOLUME_COUNT; ++i) {
+    if (volumes[i].DriveLetter == letter) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 // The global table is constructed when the library is loaded: nothing here
@@ -110,11 +125,20 @@ View_Disk_Info::View_Disk_Info() {
 View_Disk_Info::~View_Disk_Info() {}
 
 int View_Disk_Info::UI_TakeInventory() {
+  // A volume in use cannot be unmounted: it stays where it is with its
+  // letter, so that no other volume takes that letter (a copy to "F:" must
+  // reach the same disk as before). Any other failure (already unmounted
+  // from outside) drops the entry.
+  int kept = 0;
   for (int i = 0; i < m_VolumeCount && i < MAX_VOLUME_COUNT; ++i) {
-    g_DeviceSeam.Umount(m_Volume[i].MountPoint);
-    memset(&m_Volume[i], 0, sizeof(m_Volume[i]));
+    if (g_DeviceSeam.Umount(m_Volume[i].MountPoint) != 0 && errno == EBUSY) {
+      m_Volume[i].Busy = 1;
+      if (kept != i) m_Volume[kept] = m_Volume[i];
+      ++kept;
+    }
   }
-  m_VolumeCount = 0;
+  for (int i = kept; i < MAX_VOLUME_COUNT; ++i) memset(&m_Volume[i], 0, sizeof(m_Volume[i]));
+  m_VolumeCount = static_cast<uint16_t>(kept);
   FreeHdInfoList(&m_Computer, FreeFsInfo);
   m_DiskCount = static_cast<uint16_t>(DiskListFun(&m_Computer, 1));
   m_InventoryFresh = 1;
@@ -127,6 +151,8 @@ int View_Disk_Info::UI_InitDevice() {
   if (!m_InventoryFresh) UI_TakeInventory();
   m_InventoryFresh = 0;
   char letter = 'C';
+  // Volumes still in use from before keep their letters.
+  const int kept = m_VolumeCount;
   if (m_Computer.Disks == NULL) return 0;
   for (int d = 0; d < m_Computer.DiskCount; ++d) {
     HardDiskInformation* disk = &m_Computer.Disks[d];
@@ -143,6 +169,15 @@ int View_Disk_Info::UI_InitDevice() {
         part->DriveLetter = 0;
         continue;
       }
+      // The volume in use that this partition still is: nothing is mounted
+      // over it, and it keeps its letter.
+      int same = FindVolume(m_Volume, kept, node);
+      if (same >= 0) {
+        part->DriveLetter = m_Volume[same].DriveLetter;
+        printf("%s is in use at %s: left mounted\n", node, m_Volume[same].MountPoint);
+        continue;
+      }
+      while (letter <= 'Z' && LetterHeld(m_Volume, kept, letter)) ++letter;
       if (letter > 'Z' || m_VolumeCount >= MAX_VOLUME_COUNT) {
         Unrecognise(part);
         continue;
@@ -170,6 +205,8 @@ int View_Disk_Info::UI_InitDevice() {
       }
 
       VolumeInformation* volume = &m_Volume[m_VolumeCount];
+      CopyField(volume->Node, sizeof(volume->Node), node);
+      volume->Busy = 0;
       volume->Removable = (disk->Flags & DISK_FLAG_REMOVABLE) ? 1 : 0;
       volume->DriveLetter = letter;
       part->DriveLetter = letter;
@@ -189,6 +226,14 @@ int View_Disk_Info::UI_InitDevice() {
       ++letter;
       ++m_VolumeCount;
     }
+  }
+  // The table stays in letter order with the kept volumes among the new.
+  for (int i = 1; i < m_VolumeCount; ++i) {
+    VolumeInformation moving = m_Volume[i];
+    int j = i;
+    for (; j > 0 && m_Volume[j - 1].DriveLetter > moving.DriveLetter; --j)
+      m_Volume[j] = m_Volume[j - 1];
+    m_Volume[j] = moving;
   }
   return 0;
 }
@@ -224,4 +269,28 @@ int View_Disk_Info::GetCurrentParttionNum() { return m_VolumeCount; }
 int View_Disk_Info::UI_FreeMemory() {
   UI_TakeInventory();
   return 0;
+}
+
+void View_Disk_Info::UI_Sync() { g_DeviceSeam.Sync(); }
+
+int View_Disk_Info::BusyVolumeCount() const {
+  int busy = 0;
+  for (int i = 0; i < m_VolumeCount && i < MAX_VOLUME_COUNT; ++i) busy += m_Volume[i].Busy ? 1 : 0;
+  return busy;
+}
+
+int View_Disk_Info::UI_DetachBusyVolumes() {
+  int detached = 0, kept = 0;
+  for (int i = 0; i < m_VolumeCount && i < MAX_VOLUME_COUNT; ++i) {
+    if (m_Volume[i].Busy && g_DeviceSeam.Umount2(m_Volume[i].MountPoint, MNT_DETACH) == 0) {
+      printf("%s detached while in use\n", m_Volume[i].MountPoint);
+      ++detached;
+      continue;
+    }
+    if (kept != i) m_Volume[kept] = m_Volume[i];
+    ++kept;
+  }
+  for (int i = kept; i < MAX_VOLUME_COUNT; ++i) memset(&m_Volume[i], 0, sizeof(m_Volume[i]));
+  m_VolumeCount = static_cast<uint16_t>(kept);
+  return detached;
 }

@@ -19,6 +19,8 @@ struct VolumeInformation {
   char VolumeLabel[32];
   char FreeText[16];           // e.g. "12.3 GB" or "900 MB"
   char SizeText[16];
+  char Node[32];               // the partition node it was found at
+  uint8_t Busy;                // 1: its unmount failed, it is in use and stays mounted
 };
 
 class View_Disk_Info {
@@ -30,8 +32,9 @@ class View_Disk_Info {
 
   // Unmounts the volumes of the table, frees the inventory and takes it
   // anew (without recognising or mounting anything). Without root rights
-  // the new inventory is empty and no device is opened. Returns the number
-  // of disks found.
+  // the new inventory is empty and no device is opened. A volume that is in
+  // use (its unmount fails with EBUSY) stays mounted and keeps its entry and
+  // letter, marked Busy. Returns the number of disks found.
   int UI_TakeInventory();
   // Recognises and mounts the volumes of a fresh inventory; an inventory
   // that was already used (or none yet) is first taken anew, so the volumes
@@ -43,6 +46,14 @@ class View_Disk_Info {
   int GetCurrentParttionNum();
   // Unmounts everything and takes the inventory anew (UI_TakeInventory).
   int UI_FreeMemory();
+  // Writes every file system's cached data to its disk.
+  void UI_Sync();
+  // The number of volumes in use (Busy) in the table.
+  int BusyVolumeCount() const;
+  // Detaches the volumes in use lazily (MNT_DETACH): they leave /mnt now and
+  // are released by the system when their last user lets go. Their entries
+  // go. Returns how many were detached.
+  int UI_DetachBusyVolumes();
 
   VolumeInformation m_Volume[MAX_VOLUME_COUNT];
   MyComputer m_Computer;

@@ -55,6 +55,8 @@ int TStatfs(const char* path, struct statfs64* out) { return g_current->Statfs(p
 int TMkdir(const char* path, mode_t mode) { return g_current->Mkdir(path, mode); }
 int TSystem(const char* command) { return g_current->System(command); }
 uid_t TGeteuid(void) { return g_current->Euid(); }
+int TUmount2(const char* target, int flags) { return g_current->Umount2(target, flags); }
+void TSync(void) { g_current->Sync(); }
 
 std::string Hex(unsigned long v) {
   char buf[32];
@@ -107,6 +109,8 @@ FakeDevices::FakeDevices() {
   g_DeviceSeam.Mkdir = TMkdir;
   g_DeviceSeam.System = TSystem;
   g_DeviceSeam.Geteuid = TGeteuid;
+  g_DeviceSeam.Umount2 = TUmount2;
+  g_DeviceSeam.Sync = TSync;
 }
 
 FakeDevices::~FakeDevices() {
@@ -679,6 +683,20 @@ int FakeDevices::Umount(const char* target) {
   }
   return 0;
 }
+
+// A lazy detach always succeeds on a mounted volume (the kernel takes it out
+// of the mount table at once, whoever still uses it).
+int FakeDevices::Umount2(const char* target, int flags) {
+  std::string t = target ? target : "";
+  calls_.push_back("umount2 " + t + " " + Hex(static_cast<unsigned long>(flags)));
+  if (mounted_.erase(t) == 0) {
+    errno = EINVAL;
+    return -1;
+  }
+  return 0;
+}
+
+void FakeDevices::Sync() { calls_.push_back("sync"); }
 
 int FakeDevices::Statfs(const char* path, void* out) {
   std::string p = path ? path : "";

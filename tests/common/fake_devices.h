@@ -137,7 +137,8 @@ class FakeDevices {
   // descriptor that is not open), "ioctl PATH 0xREQ" (SG_IO adds
   // " len=N id=C dir=N cdb=HEX sense=N timeout=N", CDROM_DRIVE_STATUS adds
   // " arg=0xSLOT"), "lseek PATH OFFSET",
-  // "mount SRC TARGET TYPE 0xFLAGS", "umount TARGET", "mkdir PATH 0MODE",
+  // "mount SRC TARGET TYPE 0xFLAGS", "umount TARGET", "umount2 TARGET
+  // 0xFLAGS", "sync", "mkdir PATH 0MODE",
   // "statfs PATH", "system COMMAND".
   const std::vector<std::string>& Calls() const { return calls_; }
   // The calls that start with verb + " ", without the verb.
@@ -173,6 +174,8 @@ class FakeDevices {
   long Write(int fd, const void* buffer, size_t count);
   int Mount(const char* source, const char* target, const char* type, unsigned long flags);
   int Umount(const char* target);
+  int Umount2(const char* target, int flags);
+  void Sync();
   int Statfs(const char* path, void* out);
   int Mkdir(const char* path, unsigned mode);
   int System(const char* command);

@@ -53,10 +53,16 @@ int RefuseSystem(const char*) { return -1; }
 // Root, so that what a test program reaches is decided by the refusals above
 // (or by the fake installed over them), not by who runs the tests.
 uid_t RootEuid(void) { return 0; }
+int RefuseUmount2(const char*, int) {
+  errno = EPERM;
+  return -1;
+}
+void NoSync(void) {}
 
 }  // namespace
 
 DEVICE_SEAM_CONSTINIT DeviceSeam g_DeviceSeam = {
     RefuseOpen64, RefuseClose,  RefuseIoctl,    RefuseLseek64, RefuseRead,   RefuseWrite,
     RefuseMount,  RefuseUmount, RefuseStatfs64, RefuseMkdir,   RefuseSystem, RootEuid,
+    RefuseUmount2, NoSync,
 };

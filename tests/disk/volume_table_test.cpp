@@ -2,6 +2,7 @@
 // against faked disks. Runs inside the private mount namespace.
 #include <gtest/gtest.h>
 #include <string.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -553,6 +554,85 @@ TEST_F(VolumeTable, RecognitionWithoutMounting) {
   EXPECT_EQ(p[2].FileSystem->FsType, 0);
   EXPECT_EQ(p[1].DriveLetter, 'D');  // the discovery letters are untouched
   EXPECT_EQ(DetectAllPartitions(nullptr), 0);
+}
+
+}  // namespace
+
+namespace {
+
+// A Refresh while D: is in use (its unmount answers EBUSY): D: stays
+// mounted with its letter and entry, nothing is mounted over it or twice,
+// and every other volume keeps its letter, Refresh after Refresh.
+TEST_F(VolumeTable, AVolumeInUseKeepsItsLetterAndNothingIsMountedTwice) {
+  fake_.AddIdeDisk("/dev/hda",
+                   vt::MakeVolumesImage(dir_.path(), "ide.img",
+                                        {{'N', "System"}, {'N', "Data Disk"}, {'F', "PHOTOS"}}),
+                   "IDE DISK");
+  fake_.AddScsiDisk("/dev/sda", vt::MakeVolumesImage(dir_.path(), "usb.img", {{'F', "STICK"}}),
+                    "Generic", "Flash Disk", 4, 0, 0, 0, 0, "2-1:1.0");
+  View_Disk_Info* t = Table();
+  t->UI_InitDevice();
+  ASSERT_EQ(Letters(t), "CDEF");
+  EXPECT_STREQ(t->m_Volume[1].Node, "/dev/hda2");
+  EXPECT_EQ(t->BusyVolumeCount(), 0);
+  fake_.FailUmount("/mnt/D", EBUSY);
+  for (int refresh = 0; refresh < 2; ++refresh) {
+    SCOPED_TRACE("refresh " + std::to_string(refresh + 1));
+    fake_.ClearCalls();
+    dt::StdoutCapture out;
+    t->UI_FreeMemory();
+    t->UI_InitDevice();
+    std::string printed = out.Stop();
+    ASSERT_EQ(Letters(t), "CDEF");
+    EXPECT_EQ(t->BusyVolumeCount(), 1);
+    EXPECT_EQ(t->m_Volume[1].Busy, 1);
+    EXPECT_STREQ(t->m_Volume[1].MountPoint, "/mnt/D");
+    EXPECT_STREQ(t->m_Volume[1].VolumeLabel, "Data Disk");
+    EXPECT_STREQ(t->m_Volume[2].VolumeLabel, "PHOTOS     ");
+    EXPECT_STREQ(t->m_Volume[3].VolumeLabel, "STICK      ");
+    EXPECT_EQ(t->m_Volume[3].Removable, 1);
+    // The busy volume's partition keeps its letter in the inventory too.
+    EXPECT_EQ(t->m_Computer.Disks[0].Partitions[1].DriveLetter, 'D');
+    // Neither ntfsfix nor ntfs-3g touched /dev/hda2, nothing went to /mnt/D.
+    for (const std::string& c : fake_.CallsOf("system"))
+      EXPECT_EQ(c.find("/dev/hda2"), std::string::npos) << c;
+    for (const std::string& c : fake_.CallsOf("mount"))
+      EXPECT_EQ(c.find("/mnt/D"), std::string::npos) << c;
+    std::vector<std::string> mkdirs = fake_.CallsOf("mkdir");
+    std::vector<std::string> expectedDirs = {"/mnt/C 0777", "/mnt/E 0777", "/mnt/F 0777"};
+    EXPECT_EQ(mkdirs, expectedDirs);
+    EXPECT_NE(printed.find("/dev/hda2 is in use at /mnt/D: left mounted\n"), std::string::npos)
+        << printed;
+  }
+  // At the end: a flush, then the volume in use is detached lazily.
+  fake_.ClearCalls();
+  t->UI_Sync();
+  t->UI_FreeMemory();
+  EXPECT_EQ(Letters(t), "D");
+  dt::StdoutCapture out;
+  EXPECT_EQ(t->UI_DetachBusyVolumes(), 1);
+  EXPECT_NE(out.Stop().find("/mnt/D detached while in use\n"), std::string::npos);
+  EXPECT_EQ(t->GetCurrentParttionNum(), 0);
+  std::vector<std::string> calls = fake_.Calls();
+  ASSERT_FALSE(calls.empty());
+  EXPECT_EQ(calls.front(), "sync");
+  char detach[64];
+  snprintf(detach, sizeof(detach), "/mnt/D 0x%x", MNT_DETACH);
+  std::vector<std::string> expected = {detach};
+  EXPECT_EQ(fake_.CallsOf("umount2"), expected);
+}
+
+// A volume unmounted from outside (the unmount answers EINVAL) is no longer
+// kept: Refresh mounts it again under its letter.
+TEST_F(VolumeTable, AVolumeUnmountedFromOutsideIsMountedAgain) {
+  fake_.AddIdeDisk("/dev/hda", vt::MakeVolumesImage(dir_.path(), "ide.img", {{'F', "ONE"}}),
+                   "IDE DISK");
+  View_Disk_Info* t = Table();
+  t->UI_InitDevice();
+  fake_.FailUmount("/mnt/C", EINVAL);
+  t->UI_FreeMemory();
+  EXPECT_EQ(t->GetCurrentParttionNum(), 0);
+  EXPECT_EQ(t->BusyVolumeCount(), 0);
 }
 
 }  // namespace

@@ -95,9 +95,17 @@ int System(const char* command) {
   return system(command);
 }
 uid_t Geteuid() { return geteuid(); }
+int Umount2(const char* target, int flags) {
+  if (!UnderMnt(target)) {
+    errno = EPERM;
+    return -1;
+  }
+  return umount2(target, flags);
+}
+void Sync() { sync(); }
 
-const DeviceSeam kDemoTable = {Open64, Close,    Ioctl, Lseek64, Read,   Write,
-                               Mount,  Umount,   Statfs64, Mkdir, System, Geteuid};
+const DeviceSeam kDemoTable = {Open64, Close,  Ioctl,    Lseek64, Read,   Write,   Mount,
+                               Umount, Statfs64, Mkdir, System,  Geteuid, Umount2, Sync};
 
 // Loop devices whose backing file is path.
 int LoopsBackedBy(const std::string& path) {
