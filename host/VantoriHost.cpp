@@ -14,6 +14,9 @@
 #include <unistd.h>
 
 int g_startupExit = -1;
+// The module's invoke entry: after its window has gone it tells how many
+// volumes were still in use and had to be detached lazily.
+static int (*g_moduleInvoke)() = nullptr;
 
 namespace {
 
@@ -145,6 +148,8 @@ bool VantoriHostApp::OnInit() {
           "                  shows it as a USB disk; ,4096 gives it 4096-byte sectors.\n"
           "                  May be repeated.\n"
           "  --print-layout  print the window tree with screen rectangles once shown\n"
+          "Exit status: 0 when every volume was released at the end, 4 when some were\n"
+          "still in use by another program and were detached lazily.\n"
           "The same window also starts on its own, with a start-up window shown while\n"
           "the disks are read: vantori-standalone [--image ...].\n");
       g_startupExit = 0;
@@ -172,6 +177,7 @@ bool VantoriHostApp::OnInit() {
     return false;
   }
 
+  g_moduleInvoke = module.invoke;
   VantoriHostFrame* frame = new VantoriHostFrame(module, printLayout);
   frame->Show(true);
   SetTopWindow(frame);
@@ -199,5 +205,14 @@ int main(int argc, char** argv) {
   int rc = wxEntry(argc, argv);
   // OnInit said no: report why it stopped (0 after --help).
   if (rc == -1) return g_startupExit >= 0 ? g_startupExit : 1;
+  // Every volume released, or the status says not: some were still in use
+  // at the end and were detached lazily (the system frees them later).
+  int left = g_moduleInvoke != nullptr ? g_moduleInvoke() : 0;
+  if (rc == 0 && left > 0) {
+    std::fprintf(stderr,
+                 "vantori: %d volume(s) were still in use at the end and were detached lazily\n",
+                 left);
+    return 4;
+  }
   return rc;
 }

@@ -16,6 +16,8 @@ namespace {
 const long kFrameStyle = wxBORDER_NONE | wxTAB_TRAVERSAL | wxWANTS_CHARS;
 }  // namespace
 
+int g_volumesLeftInUse = 0;
+
 int RegisterDiskImagesFromCommandLine() {
   ClearDiskImages();
   if (wxTheApp == nullptr) return 0;

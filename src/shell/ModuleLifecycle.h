@@ -13,3 +13,7 @@ wxWindow* CreateMainFrame(wxWindow* parent, int id, const wxPoint& pos, const wx
 // machine's own; earlier ones are forgotten. Returns how many were taken, or
 // -1 when one of them cannot be used (a message on standard error says why).
 int RegisterDiskImagesFromCommandLine();
+
+// Volumes that were still in use when the main frame released them and were
+// detached lazily, counted over the module's life; invoke() reports it.
+extern int g_volumesLeftInUse;

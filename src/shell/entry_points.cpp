@@ -26,6 +26,9 @@ VANTORI_API int destroy(wxWindow* frame) {
   return 1;
 }
 
-VANTORI_API int invoke() { return 0; }
+// 0, or after the main frame has gone: the number of volumes that were
+// still in use then and were detached lazily (the host turns it into its
+// exit status).
+VANTORI_API int invoke() { return g_volumesLeftInUse; }
 
 VANTORI_API int get_version() { return VANTORI_MODULE_VERSION; }

@@ -37,7 +37,9 @@
 #include "disk/View_Disk_Info.h"
 #include "display/Conversion.h"
 #include "fileops/WalkStatus.h"
+#include "display/BusyDrives.h"
 #include "help/HelpDia.h"
+#include "shell/ModuleLifecycle.h"
 #include "help/KelnoraAboutDialog.h"
 #include "settings/CCtrlConfig.h"
 #include "shell/CAutoDisablewxLogging_frame.h"
@@ -207,6 +209,14 @@ my_frame::my_frame(wxWindow* parent, int id, const wxString& /*title*/, const wx
                           wxDefaultSize, wxCAPTION | wxCLOSE_BOX | wxSYSTEM_MENU,
                           wxGetTranslation("dialogBox"));
   m_helpDia->AddBook(wxFileName(common::ResourcePath(wxT("doc/doc.zip"))));
+
+  // Closing the window the module lives in ends it: the volumes are
+  // released first, while a message can still be shown.
+  wxWindow* top = wxGetTopLevelParent(this);
+  if (top != nullptr && top != this) {
+    m_topLevel = top;
+    m_topLevel->Bind(wxEVT_CLOSE_WINDOW, &my_frame::OnTopLevelClose, this);
+  }
 }
 
 my_frame::~my_frame() {
@@ -223,7 +233,12 @@ my_frame::~my_frame() {
   }
   // A frame deleted between a press and its release still holds the mouse.
   if (HasCapture()) ReleaseMouse();
+  if (m_topLevel != nullptr && !m_topLevel->IsBeingDeleted())
+    m_topLevel->Unbind(wxEVT_CLOSE_WINDOW, &my_frame::OnTopLevelClose, this);
   settings::CCtrlConfig::UnInstance();
+  // Not asked from here (no dialog while windows are being deleted); the
+  // volumes are flushed and released all the same.
+  ReleaseVolumes(false);
   g_AllDiskPartitionInf.UI_FreeMemory();
 }
 
@@ -372,20 +387,48 @@ int my_frame::GetSourcePath() {
 }
 
 void my_frame::OnRefresh(wxCommandEvent& /*event*/) {
-  CBusyMsgBox busy(wxGetTranslation("Please wait, working...").wc_str(), this,
-                   wxColour(wxT("WHITE")));
-  g_AllDiskPartitionInf.UI_FreeMemory();
-  g_AllDiskPartitionInf.UI_InitDevice();
-  g_AllDiskPartitionInf.GetDiskParttionInfo();
-  tree->UpdateMyDirTreeCtrl();
-  list->InitParttionList();
-  m_copyButton->Disable();
-  m_upButton->keln_Disable();
+  {
+    CBusyMsgBox busy(wxGetTranslation("Please wait, working...").wc_str(), this,
+                     wxColour(wxT("WHITE")));
+    g_AllDiskPartitionInf.UI_FreeMemory();
+    g_AllDiskPartitionInf.UI_InitDevice();
+    g_AllDiskPartitionInf.GetDiskParttionInfo();
+    tree->UpdateMyDirTreeCtrl();
+    list->InitParttionList();
+    m_copyButton->Disable();
+    m_upButton->keln_Disable();
+  }
+  // Drives in use stayed mounted with their letters: say so, once.
+  wxString busy = BusyDrivesText(g_AllDiskPartitionInf.m_Volume,
+                                 g_AllDiskPartitionInf.GetCurrentParttionNum(), false);
+  if (!busy.empty()) wxMessageBox(busy, wxGetTranslation("Refresh"), wxOK | wxICON_WARNING, this);
 }
 
 void my_frame::OnExit(wxCommandEvent& /*event*/) {
+  ReleaseVolumes(true);
   Close(false);
   Destroy();
+}
+
+void my_frame::OnTopLevelClose(wxCloseEvent& event) {
+  // A close that cannot be refused (a signal ending the program) asks
+  // nobody: there may be nobody to answer.
+  ReleaseVolumes(event.CanVeto());
+  event.Skip();
+}
+
+void my_frame::ReleaseVolumes(bool tell) {
+  if (m_volumesReleased) return;
+  m_volumesReleased = true;
+  g_AllDiskPartitionInf.UI_Sync();
+  g_AllDiskPartitionInf.UI_FreeMemory();
+  if (g_AllDiskPartitionInf.BusyVolumeCount() == 0) return;
+  wxString text = BusyDrivesText(g_AllDiskPartitionInf.m_Volume,
+                                 g_AllDiskPartitionInf.GetCurrentParttionNum(), true);
+  std::printf("%s\n", static_cast<const char*>(text.utf8_str()));
+  std::fflush(stdout);
+  if (tell) wxMessageBox(text, wxGetTranslation("Exit"), wxOK | wxICON_WARNING, this);
+  g_volumesLeftInUse += g_AllDiskPartitionInf.UI_DetachBusyVolumes();
 }
 
 void my_frame::OnMinimize(wxCommandEvent& /*event*/) {

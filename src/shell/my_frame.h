@@ -108,6 +108,11 @@ class my_frame : public wxPanel {
 
  private:
   void ShowProperties(int code);
+  // At the end: flushes every volume, unmounts them, and detaches those still
+  // in use lazily so nothing stays under /mnt; with tell, a message names
+  // them first. Runs once.
+  void ReleaseVolumes(bool tell);
+  void OnTopLevelClose(wxCloseEvent& event);
   // Opens the report of the last copy when it has problems not yet reported.
   void ShowCopyReport();
 
@@ -119,6 +124,9 @@ class my_frame : public wxPanel {
   wxButton* m_helpButton;
   wxButton* m_copyButton;
   wxButton* m_exitButton;
+  // The top-level window whose closing ends the module (null when none).
+  wxWindow* m_topLevel = nullptr;
+  bool m_volumesReleased = false;
   wxWeakRef<Properties_dialog> m_propertiesDialog;
   wxWeakRef<Des_Panel> m_desPanel;
   wxWeakRef<my_log_dialog> m_reportDialog;

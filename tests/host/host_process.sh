@@ -152,5 +152,81 @@ else
   bad "no user 'nobody' to test the non-root start"
 fi
 
+# 5. A drive in use by another program (a shell sitting in it), on a disk
+# image mounted through a real loop device: Refresh keeps it and says so,
+# Exit says so, detaches it and ends with status 4; nothing stays under /mnt.
+img=$WORK/busy.img
+truncate -s 24M "$img"
+printf 'label: dos\nstart=2048, type=7\n' | sfdisk -q "$img" >/dev/null 2>&1
+truncate -s 22M "$WORK/busy-part.img"
+mkntfs -F -Q -p 2048 -H 255 -S 63 -L "Data Disk" "$WORK/busy-part.img" >/dev/null 2>&1
+dd if="$WORK/busy-part.img" of="$img" bs=512 seek=2048 conv=notrunc,sparse status=none
+cat >"$WORK/busy.sh" <<'SCRIPT'
+BIN=$1 WORK=$2 IMG=$3
+cd "$WORK"
+"$BIN/vantori" --image "$IMG" --print-layout >busy.out 2>busy.err &
+pid=$!
+for i in $(seq 1 300); do grep -q '^layout-end' busy.out 2>/dev/null && break; sleep 0.1; done
+(cd /mnt/C && exec sleep 60) &
+holder=$!
+sleep 0.3
+click() {  # the button with this id, from the layout
+  rect=$(awk -F'\t' -v id="$1" '$1=="window" && $4==id {print $5; exit}' busy.out)
+  IFS=, read -r x y w h <<EOF2
+$rect
+EOF2
+  xdotool mousemove $((x + w / 2)) $((y + h / 2)) click 1
+}
+answer() {  # waits for the message box of this caption and presses its OK
+  for i in $(seq 1 100); do
+    w=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -1)
+    [ -n "$w" ] && break
+    sleep 0.1
+  done
+  [ -n "$w" ] || return 1
+  echo "seen: $1" >>busy.seen
+  xdotool windowfocus --sync "$w" key Return
+}
+# Refresh is the right one of the two 28 x 28 picture buttons.
+rect=$(awk -F'\t' '$1=="window" && $5 ~ /,28,28$/ {print $5}' busy.out | sort -t, -k1,1n | tail -1)
+IFS=, read -r x y w h <<EOF2
+$rect
+EOF2
+xdotool mousemove $((x + w / 2)) $((y + h / 2)) click 1
+answer Refresh || echo "no Refresh message" >>busy.seen
+grep ' /mnt/C ' /proc/self/mountinfo >/dev/null && echo "C: still mounted after Refresh" >>busy.seen
+click 3006
+answer Exit || echo "no Exit message" >>busy.seen
+for i in $(seq 1 100); do kill -0 $pid 2>/dev/null || break; sleep 0.1; done
+kill $pid 2>/dev/null
+wait $pid
+echo "status $?" >>busy.seen
+grep -cE ' /mnt/[C-Z] ' /proc/self/mountinfo >busy.mounts
+kill $holder 2>/dev/null
+wait $holder 2>/dev/null
+SCRIPT
+"$(dirname "$0")/../run-in-mntns.sh" --loop-dev sh "$WORK/busy.sh" "$BIN" "$WORK" "$img"
+seen=$(cat "$WORK/busy.seen" 2>/dev/null)
+case "$seen" in
+  *"seen: Refresh"*) ok "busy drive: Refresh says so" ;;
+  *) bad "busy drive: no Refresh message ($seen; $(tail -3 "$WORK/busy.err"))" ;;
+esac
+case "$seen" in
+  *"C: still mounted after Refresh"*) ok "busy drive: still mounted after Refresh" ;;
+  *) bad "busy drive: not mounted after Refresh" ;;
+esac
+case "$seen" in
+  *"seen: Exit"*) ok "busy drive: Exit says so" ;;
+  *) bad "busy drive: no Exit message ($seen)" ;;
+esac
+case "$seen" in
+  *"status 4"*) ok "busy drive: exit status 4" ;;
+  *) bad "busy drive: exit status: $seen" ;;
+esac
+[ "$(cat "$WORK/busy.mounts" 2>/dev/null)" = 0 ] && ok "busy drive: nothing left mounted under /mnt" \
+  || bad "busy drive: mounts left: $(cat "$WORK/busy.mounts" 2>/dev/null)"
+grep -q 'detached lazily' "$WORK/busy.err" && ok "busy drive: standard error says it was detached" \
+  || bad "busy drive: stderr: $(tail -2 "$WORK/busy.err")"
+
 echo "$passes passed, $fails failed"
 [ $fails = 0 ]
