@@ -6,7 +6,10 @@
 #include <string>
 
 #include <dirent.h>
+#include <errno.h>
 #include <sys/stat.h>
+
+#include "fileops/FileOpsSeam.h"
 
 namespace listing {
 
@@ -20,22 +23,31 @@ wxString NameFromBytes(const char* bytes) {
   return name;
 }
 
-bool ScanDirectory(const wxString& path, const std::function<void(const RawEntry&)>& sink) {
+bool ScanDirectory(const wxString& path, const std::function<void(const RawEntry&)>& sink,
+                   int* error) {
+  if (error != nullptr) *error = 0;
   const wxScopedCharBuffer dirBytes = path.fn_str();
-  if (!dirBytes.data() || dirBytes.data()[0] == '\0') return false;
-  DIR* dir = opendir(dirBytes.data());
-  if (dir == nullptr) return false;
+  if (!dirBytes.data() || dirBytes.data()[0] == '\0') {
+    if (error != nullptr) *error = ENOENT;
+    return false;
+  }
+  DIR* dir = g_FileOpsSeam.Opendir(dirBytes.data());
+  if (dir == nullptr) {
+    if (error != nullptr) *error = errno;
+    return false;
+  }
 
   std::string full(dirBytes.data());
   const size_t base = full.size();
   RawEntry entry;
-  while (struct dirent* de = readdir(dir)) {
+  while (struct dirent64* de = g_FileOpsSeam.Readdir(dir)) {
     const char* n = de->d_name;
     if (n[0] == '.' && (n[1] == '\0' || (n[1] == '.' && n[2] == '\0'))) continue;
     full.resize(base);
     full += n;  // the caller's path ends in "/": no separator is added
-    struct stat st;
-    if (stat(full.c_str(), &st) != 0) continue;  // dangling link and the like
+    // 64-bit sizes: a file of 4 GiB - 1 or more keeps its size.
+    struct stat64 st;
+    if (g_FileOpsSeam.Stat(full.c_str(), &st) != 0) continue;  // dangling link and the like
     entry.isDir = S_ISDIR(st.st_mode);
     entry.isFile = S_ISREG(st.st_mode);
     if (!entry.isDir && !entry.isFile) continue;  // devices, pipes, sockets
@@ -45,7 +57,7 @@ bool ScanDirectory(const wxString& path, const std::function<void(const RawEntry
     entry.size = static_cast<uint64_t>(st.st_size);
     sink(entry);
   }
-  closedir(dir);
+  g_FileOpsSeam.Closedir(dir);
   return true;
 }
 

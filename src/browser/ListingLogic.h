@@ -49,8 +49,11 @@ struct RawEntry {
 // Enumerates `path` (which ends in "/"): every entry but "." and "..", hidden
 // ones included, in the order the file system returns them. One stat per
 // entry, following symbolic links, classifies it as folder, regular file or
-// neither. Returns false when the directory cannot be opened.
-bool ScanDirectory(const wxString& path, const std::function<void(const RawEntry&)>& sink);
+// neither. Returns false when the directory cannot be opened, with the
+// system's reason in *error (when given). Every call goes through the
+// file-operations table.
+bool ScanDirectory(const wxString& path, const std::function<void(const RawEntry&)>& sink,
+                   int* error = nullptr);
 
 // Converts a file name's bytes to a wxString: as the file-name conversion
 // does, and when the bytes are not valid in it, byte by byte so that the
