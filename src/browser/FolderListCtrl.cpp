@@ -1,12 +1,15 @@
 #include "browser/FolderListCtrl.h"
 
 #include <wx/intl.h>
+#include <wx/msgdlg.h>
 #include <wx/settings.h>
 
 #include <algorithm>
 
 #include "browser/FileTypeIcons.h"
 #include "browser/ListingLogic.h"
+#include "browser/UnreadableFolder.h"
+#include "display/Conversion.h"
 #include "display/ListingText.h"
 
 namespace {
@@ -118,7 +121,18 @@ int FolderListCtrl::Read_FileDir_Array(wxString path) {
     m_list->ClearAll();
     if (m_list->IsVirtualView()) InitColumnItems();
   }
-  return m_pane.Read(path);
+  int error = 0;
+  int result = m_pane.Read(path, &error);
+  if (result != 0) {
+    // Shown as empty, and said once: this runs once for each folder the
+    // user opens (nothing re-reads a folder by itself).
+    wxString folder = path;
+    if (folder.length() > 7 && folder.EndsWith(wxT("/"))) folder.RemoveLast();
+    wxString shown = Conversion_Path(folder, 60);
+    wxMessageBox(UnreadableFolderText(shown, error, VolumeGone(path)),
+                 wxGetTranslation("Folder"), wxOK | wxICON_WARNING, this);
+  }
+  return result;
 }
 
 int FolderListCtrl::List_FileTable() {

@@ -28,8 +28,8 @@ void FolderPane::Detach(FolderPaneView* view) {
   view->m_pane = nullptr;
 }
 
-int FolderPane::Read(const wxString& folder) {
-  if (!listing::ReadListing(folder, m_dirs, m_files)) return -1;
+int FolderPane::Read(const wxString& folder, int* error) {
+  if (!listing::ReadListing(folder, m_dirs, m_files, error)) return -1;
   m_folder = folder;
   return 0;
 }

@@ -76,7 +76,7 @@ class FolderPane {
   // Reads `folder` (ending in "/") into the arrays, emptied first (also when
   // it cannot be read). Returns 0 and makes it the pane's folder, or -1 and
   // keeps the folder as it was.
-  int Read(const wxString& folder);
+  int Read(const wxString& folder, int* error = nullptr);
   // The rows show the drives; the pane's folder becomes empty.
   void ShowDrives(const std::vector<DriveRow>& drives);
   // The rows show the listing, below a ".." row when `dotRow`.

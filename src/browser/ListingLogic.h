@@ -69,7 +69,7 @@ int GetFileImageIndex(const wxString& name);
 // cannot be read keeps the previous record's time.
 template <class DirArray, class FileArray, class DirRec, class FileRec>
 bool ReadListing(const wxString& path, DirArray& dirs, FileArray& files,
-                 int (*imageIndex)(const wxString&)) {
+                 int (*imageIndex)(const wxString&), int* error = nullptr) {
   dirs.Empty();
   files.Empty();
   DirRec dir;
@@ -87,12 +87,13 @@ bool ReadListing(const wxString& path, DirArray& dirs, FileArray& files,
       if (e.timeOk) file.m_time = wxDateTime(e.mtime);
       files.Add(file);
     }
-  });
+  }, error);
 }
 
-inline bool ReadListing(const wxString& path, ArrayDir& dirs, ArrayFile& files) {
+inline bool ReadListing(const wxString& path, ArrayDir& dirs, ArrayFile& files,
+                        int* error = nullptr) {
   return ReadListing<ArrayDir, ArrayFile, Dir_List, File_List>(path, dirs, files,
-                                                               &GetFileImageIndex);
+                                                               &GetFileImageIndex, error);
 }
 
 // Sort key of a time: invalid times sort before every valid one.

@@ -44,3 +44,24 @@ struct SeenMessage {
 };
 std::vector<SeenMessage>& UnexpectedDialogs();
 }  // namespace vt
+
+namespace vt {
+// A message box expected by wxTEST_DIALOG: answers OK and keeps its text and
+// caption.
+class MessageBoxSeen : public wxExpectModal<wxMessageDialog> {
+ public:
+  MessageBoxSeen(wxString* message, wxString* caption)
+      : wxExpectModal<wxMessageDialog>(wxID_OK), m_message(message), m_caption(caption) {}
+
+ protected:
+  int OnInvoked(wxMessageDialog* dlg) const override {
+    *m_message = dlg->GetMessage();
+    *m_caption = dlg->GetCaption();
+    return wxExpectModal<wxMessageDialog>::OnInvoked(dlg);
+  }
+
+ private:
+  wxString* m_message;
+  wxString* m_caption;
+};
+}  // namespace vt

@@ -122,23 +122,6 @@ TEST_F(BrowserFrameTest, EnableAndDisableCodes) {
   EXPECT_TRUE(frame->GetCopyButton()->IsEnabled());
 }
 
-// Answers the expected message box with OK and keeps its text and caption.
-class MessageBoxSeen : public wxExpectModal<wxMessageDialog> {
- public:
-  MessageBoxSeen(wxString* message, wxString* caption)
-      : wxExpectModal<wxMessageDialog>(wxID_OK), m_message(message), m_caption(caption) {}
-
- protected:
-  int OnInvoked(wxMessageDialog* dlg) const override {
-    *m_message = dlg->GetMessage();
-    *m_caption = dlg->GetCaption();
-    return wxExpectModal<wxMessageDialog>::OnInvoked(dlg);
-  }
-
- private:
-  wxString* m_message;
-  wxString* m_caption;
-};
 
 TEST_F(BrowserFrameTest, CopyCodesGoToTheCopyCommandAlike) {
   ShowC();
@@ -159,7 +142,7 @@ TEST_F(BrowserFrameTest, CopyCodesGoToTheCopyCommandAlike) {
   for (size_t i = 0; i < entries.size(); ++i) {
     g_Des_PathInfo.m_sourcePath = "untouched";
     wxString message, caption;
-    wxTEST_DIALOG(entries[i](), MessageBoxSeen(&message, &caption));
+    wxTEST_DIALOG(entries[i](), vt::MessageBoxSeen(&message, &caption));
     EXPECT_EQ(message, "Please select a file or directory!") << names[i];
     EXPECT_EQ(caption, "Error Selecting File or Folder") << names[i];
     EXPECT_EQ(g_Des_PathInfo.m_sourcePath, "untouched") << names[i];
@@ -361,7 +344,9 @@ TEST_F(BrowserFrameTest, CancelStopsALongCount) {
   // opened and its first entry examined, far from the whole tree.
   EXPECT_LE(files.Count(vt::FakeFileOps::kOpendir) - openedAtClose, 1);
   EXPECT_LE(files.Count(vt::FakeFileOps::kLstat) - examinedAtClose, 1);
-  EXPECT_LT(files.Count(vt::FakeFileOps::kLstat), entries / 10);
+  // Far from the whole tree (how far the walk got before the timer's click
+  // depends on the machine's load).
+  EXPECT_LT(files.Count(vt::FakeFileOps::kLstat), entries / 4);
   EXPECT_EQ(files.OpenFolders(), 0);
   EXPECT_EQ(OpenDialog(), nullptr) << "a stopped count destroys the dialog";
   EXPECT_TRUE(frame->IsEnabled());

@@ -15,6 +15,9 @@
 #include "common/stdout_capture.h"
 #include "common/test_support.h"
 #include "disk/View_Disk_Info.h"
+#include "browser/UnreadableFolder.h"
+#include "browser_env.h"
+#include "faultfs_mount.h"
 #include "display/BusyDrives.h"
 #include "main_window_env.h"
 #include "shell/ModuleLifecycle.h"
@@ -22,22 +25,6 @@
 
 namespace {
 
-class MessagesSeen : public wxExpectModal<wxMessageDialog> {
- public:
-  MessagesSeen(wxString* message, wxString* caption)
-      : wxExpectModal<wxMessageDialog>(wxID_OK), m_message(message), m_caption(caption) {}
-
- protected:
-  int OnInvoked(wxMessageDialog* dlg) const override {
-    *m_message = dlg->GetMessage();
-    *m_caption = dlg->GetCaption();
-    return wxExpectModal<wxMessageDialog>::OnInvoked(dlg);
-  }
-
- private:
-  wxString* m_message;
-  wxString* m_caption;
-};
 
 TEST(BusyDrivesText, NamesEachDriveInUseWithItsLabel) {
   VolumeInformation v[3] = {};
@@ -102,7 +89,7 @@ TEST_F(BusyVolumes, RefreshKeepsTheLettersAndSaysOnceWhichDriveIsInUse) {
   wxCommandEvent refresh(wxEVT_BUTTON, 3005);
   vt::CaptureStdout([&] {
     wxTEST_DIALOG(frame->GetEventHandler()->ProcessEvent(refresh),
-                  MessagesSeen(&message, &caption));
+                  vt::MessageBoxSeen(&message, &caption));
   });
   EXPECT_EQ(message,
             "Drive D: (Data Disk) is in use by another program; close it and press Refresh "
@@ -124,7 +111,7 @@ TEST_F(BusyVolumes, ExitFlushesTellsDetachesAndReportsIt) {
   wxCommandEvent exitButton(wxEVT_BUTTON, 3006);
   std::string out = vt::CaptureStdout([&] {
     wxTEST_DIALOG(frame->GetEventHandler()->ProcessEvent(exitButton),
-                  MessagesSeen(&message, &caption));
+                  vt::MessageBoxSeen(&message, &caption));
   });
   vt::Pump(50);
   EXPECT_EQ(message,
@@ -150,11 +137,71 @@ TEST_F(BusyVolumes, ClosingTheHostWindowReleasesThemToo) {
   // The host's close box: the module releases its volumes before the host
   // destroys it, while a message can still be shown.
   vt::CaptureStdout(
-      [&] { wxTEST_DIALOG(top->Close(false), MessagesSeen(&message, &caption)); });
+      [&] { wxTEST_DIALOG(top->Close(false), vt::MessageBoxSeen(&message, &caption)); });
   top = nullptr;
   vt::Pump(50);
   EXPECT_EQ(message.Find("Drive D: (Data Disk) is still in use"), 0) << message;
   EXPECT_TRUE(fake->Mounted().empty());
+}
+
+}  // namespace
+
+namespace {
+
+TEST(UnreadableFolderText, NamesTheFolderAndTheReasonAndSuggestsRefreshWhenTheDriveIsGone) {
+  EXPECT_EQ(UnreadableFolderText("D:\\Photos", ENOENT, false),
+            "The folder D:\\Photos cannot be read: No such file or directory. It is shown as "
+            "empty.");
+  EXPECT_EQ(UnreadableFolderText("E:\\", ENOTCONN, true),
+            "The folder E:\\ cannot be read: Transport endpoint is not connected.\nThe drive is "
+            "no longer available. Press Refresh to read the disks again.");
+}
+
+// A volume unmounted from outside, and a mount point that is gone, are
+// gone; a mounted volume is not.
+TEST(UnreadableFolderText, AVolumeIsGoneWhenItsMountPointIsNoLongerAMount) {
+  ASSERT_TRUE(vt::InPrivateMnt());
+  ASSERT_EQ(system("mkdir -p /mnt/Q && mount -t tmpfs vantori-gone-test /mnt/Q"), 0);
+  EXPECT_FALSE(VolumeGone("/mnt/Q/folder/"));
+  ASSERT_EQ(system("umount /mnt/Q"), 0);
+  EXPECT_TRUE(VolumeGone("/mnt/Q/folder/"));
+  rmdir("/mnt/Q");
+  EXPECT_TRUE(VolumeGone("/mnt/Q/folder/"));
+  EXPECT_FALSE(VolumeGone("/home/folder/"));
+}
+
+}  // namespace
+
+namespace {
+
+// The file-system driver of a volume dies (its process is killed): opening a
+// folder on it shows one message with the system's reason and suggests
+// Refresh.
+TEST(UnreadableFolderText, ADeadDriverIsNamedOnceAndRefreshSuggested) {
+  ASSERT_TRUE(vt::InPrivateMnt());
+  std::string backing = vt::MakeTempDir("vantori-dead-driver");
+  ASSERT_EQ(mkdir((backing + "/sub").c_str(), 0755), 0);
+  mkdir("/mnt/U", 0755);
+  {
+    vt::FaultFs fs(backing, "/mnt/U");
+    ASSERT_TRUE(fs.IsMounted()) << fs.Error();
+    vt::BrowserWindow win;
+    ASSERT_EQ(win.list->Read_FileDir_Array("/mnt/U/"), 0);
+    // (The bracket keeps the pattern from matching the shell that runs it.)
+    ASSERT_EQ(system(("pkill -KILL -f -- '[/]faultfs --rules .* " + backing + " '").c_str()), 0);
+    wxString message, caption;
+    int result = 0;
+    wxTEST_DIALOG(result = win.list->Read_FileDir_Array("/mnt/U/sub/"),
+                  vt::MessageBoxSeen(&message, &caption));
+    EXPECT_EQ(result, -1);
+    EXPECT_EQ(message,
+              "The folder U:\\sub cannot be read: Transport endpoint is not connected.\nThe drive "
+              "is no longer available. Press Refresh to read the disks again.");
+    vt::Pump(50);
+    EXPECT_TRUE(vt::UnexpectedDialogs().empty());
+  }
+  rmdir("/mnt/U");
+  vt::RemoveTree(backing);
 }
 
 }  // namespace

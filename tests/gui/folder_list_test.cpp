@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include "browser/ListingLogic.h"
+#include "common/gui_testing.h"
 #include "display/ListingText.h"
 
 namespace {
@@ -124,7 +125,17 @@ TYPED_TEST(FolderListTest, EmptyOrUnreadableFolderListsOnlyDotDot) {
   ASSERT_EQ(list->GetDirArray().GetCount(), 1u);
   ASSERT_EQ(list->GetFileArray().GetCount(), 1u);
   ASSERT_EQ(win.Rows(), 3);
-  EXPECT_EQ(list->Read_FileDir_Array("/mnt/C/no-such/"), -1);
+  // One message says so, with the system's reason.
+  wxString message, caption;
+  int result = 0;
+  wxTEST_DIALOG(result = list->Read_FileDir_Array("/mnt/C/no-such/"),
+                vt::MessageBoxSeen(&message, &caption));
+  EXPECT_EQ(result, -1);
+  // (The test's volumes are plain folders, not mounts: the message also
+  // takes the drive for gone.)
+  EXPECT_EQ(message.Find("The folder C:\\no-such cannot be read: No such file or directory."), 0)
+      << message;
+  EXPECT_EQ(caption, "Folder");
   EXPECT_EQ(this->Path(), "/mnt/C/docs/");
   EXPECT_EQ(list->GetDirArray().GetCount(), 0u);
   EXPECT_EQ(list->GetFileArray().GetCount(), 0u);
@@ -145,7 +156,11 @@ TYPED_TEST(FolderListTest, GoingUpIntoAFolderThatCannotBeReadListsOnlyDotDot) {
   vt::RemoveTree("/mnt/C/docs");
   win.L()->SetFocus();
   vt::Pump(30);
-  win.Key(WXK_BACK);
+  wxString message, caption;
+  wxTEST_DIALOG(win.Key(WXK_BACK), vt::MessageBoxSeen(&message, &caption));
+  EXPECT_EQ(message.Find("The folder C:\\docs cannot be read: No such file or directory."), 0)
+      << message;
+  vt::Pump(100);  // once: nothing asks again
   EXPECT_EQ(win.Column0(), std::vector<wxString>{".."}) << "no blank rows are left behind";
   EXPECT_TRUE(win.Selected().empty());
   EXPECT_EQ(this->List()->GetDirArray().GetCount(), 0u);
