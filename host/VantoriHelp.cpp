@@ -11,24 +11,19 @@
 #include <csignal>
 #include <cstdio>
 
+#include "ProgramStart.h"
 #include "help/HelpDia.h"
 
 namespace {
 
 int g_exit = -1;
 
-void AssertToStderr(const wxString& file, int line, const wxString& func, const wxString& cond,
-                    const wxString& msg) {
-  std::fprintf(stderr, "vantori-help: toolkit check failed at %s:%d in %s(): %s %s\n",
-               static_cast<const char*>(file.utf8_str()), line,
-               static_cast<const char*>(func.utf8_str()), static_cast<const char*>(cond.utf8_str()),
-               static_cast<const char*>(msg.utf8_str()));
-}
 
 class HelpApp : public wxApp {
  public:
   bool OnInit() override {
-    wxSetAssertHandler(AssertToStderr);
+    ReportToolkitChecksOnStderr("vantori-help");
+    UseUtf8Locale();
     SetAppName(wxT("vantori"));
     wxString page = wxT("index.html");
     if (argc > 2 || (argc == 2 && (argv[1] == wxT("--help") || argv[1] == wxT("-h")))) {

@@ -1,5 +1,7 @@
 #include "VantoriHost.h"
 
+#include "ProgramStart.h"
+
 #include <wx/cmdline.h>
 #include <wx/filename.h>
 #include <wx/stdpaths.h>
@@ -23,17 +25,6 @@ namespace {
 const int kClientWidth = 660;
 const int kClientHeight = 540;
 
-// File names on rescued disks are mostly UTF-8; make sure the C library and
-// wxWidgets convert them as such even when the rescue system has no locale
-// configured.
-void SetUpLocale() {
-  const char* got = setlocale(LC_ALL, "");
-  const char* codeset = got ? nl_langinfo(CODESET) : "";
-  if (got == nullptr || std::strcmp(codeset, "UTF-8") != 0) {
-    if (setlocale(LC_ALL, "C.UTF-8") == nullptr) setlocale(LC_ALL, "en_US.UTF-8");
-  }
-  wxUILocale::UseDefault();
-}
 
 // A disk image option must name a file that can be read.
 bool CheckImageOption(const wxString& value) {
@@ -109,19 +100,10 @@ void VantoriHostFrame::PrintLayout() {
   std::fflush(stdout);
 }
 
-// A rescue program must never stop at a toolkit assertion dialog that
-// nobody can answer: report it on standard error and go on.
-void AssertToStderr(const wxString& file, int line, const wxString& func, const wxString& cond,
-                    const wxString& msg) {
-  std::fprintf(stderr, "vantori: toolkit check failed at %s:%d in %s(): %s %s\n",
-               static_cast<const char*>(file.utf8_str()), line,
-               static_cast<const char*>(func.utf8_str()), static_cast<const char*>(cond.utf8_str()),
-               static_cast<const char*>(msg.utf8_str()));
-}
 
 bool VantoriHostApp::OnInit() {
-  wxSetAssertHandler(AssertToStderr);
-  SetUpLocale();
+  ReportToolkitChecksOnStderr("vantori");
+  UseUtf8Locale();
   SetAppName(wxT("vantori"));
 
   bool printLayout = false;

@@ -13,6 +13,7 @@
 #include <langinfo.h>
 #include <unistd.h>
 
+#include "ProgramStart.h"
 #include "shell/ModuleLifecycle.h"
 #include "shell/fore_message.h"
 #include "shell/my_frame.h"
@@ -21,23 +22,12 @@ namespace {
 
 int g_exit = -1;
 
-void AssertToStderr(const wxString& file, int line, const wxString& func, const wxString& cond,
-                    const wxString& msg) {
-  std::fprintf(stderr, "vantori-standalone: toolkit check failed at %s:%d in %s(): %s %s\n",
-               static_cast<const char*>(file.utf8_str()), line,
-               static_cast<const char*>(func.utf8_str()), static_cast<const char*>(cond.utf8_str()),
-               static_cast<const char*>(msg.utf8_str()));
-}
 
 class StandaloneApp : public wxApp {
  public:
   bool OnInit() override {
-    wxSetAssertHandler(AssertToStderr);
-    const char* got = setlocale(LC_ALL, "");
-    if (got == nullptr || std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) {
-      if (setlocale(LC_ALL, "C.UTF-8") == nullptr) setlocale(LC_ALL, "en_US.UTF-8");
-    }
-    wxUILocale::UseDefault();
+    ReportToolkitChecksOnStderr("vantori-standalone");
+    UseUtf8Locale();
     SetAppName(wxT("vantori"));
     for (int i = 1; i < argc; ++i) {
       wxString arg = argv[i];
