@@ -236,10 +236,11 @@ my_frame::~my_frame() {
   if (m_topLevel != nullptr && !m_topLevel->IsBeingDeleted())
     m_topLevel->Unbind(wxEVT_CLOSE_WINDOW, &my_frame::OnTopLevelClose, this);
   settings::CCtrlConfig::UnInstance();
-  // Not asked from here (no dialog while windows are being deleted); the
-  // volumes are flushed and released all the same.
+  // Unmounts and frees the inventory (UI_FreeMemory), unless the closing of
+  // the window or Exit did it already. Not asked from here (no dialog while
+  // windows are being deleted); the volumes are flushed and released all
+  // the same.
   ReleaseVolumes(false);
-  g_AllDiskPartitionInf.UI_FreeMemory();
 }
 
 void my_frame::OnPaint(wxPaintEvent& /*event*/) { wxPaintDC dc(this); }
