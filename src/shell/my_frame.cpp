@@ -219,7 +219,7 @@ my_frame::my_frame(wxWindow* parent, int id, const wxString& /*title*/, const wx
   }
 }
 
-my_frame::~my_frame() {
+void my_frame::StopRunningWork() {
   // A count that is yielding when the frame goes away stops at once; the
   // dialog goes with the frame, and the count sees that it has gone.
   if (m_propertiesDialog) m_propertiesDialog->m_cancel = true;
@@ -231,6 +231,10 @@ my_frame::~my_frame() {
     gauge->m_cancel = true;
     if (gauge->m_job) gauge->m_job->StopNow();
   }
+}
+
+my_frame::~my_frame() {
+  StopRunningWork();
   // A frame deleted between a press and its release still holds the mouse.
   if (HasCapture()) ReleaseMouse();
   if (m_topLevel != nullptr && !m_topLevel->IsBeingDeleted())
@@ -421,6 +425,8 @@ void my_frame::OnTopLevelClose(wxCloseEvent& event) {
 void my_frame::ReleaseVolumes(bool tell) {
   if (m_volumesReleased) return;
   m_volumesReleased = true;
+  // Our own copy or count must not hold a volume: they stop first.
+  StopRunningWork();
   g_AllDiskPartitionInf.UI_Sync();
   g_AllDiskPartitionInf.UI_FreeMemory();
   if (g_AllDiskPartitionInf.BusyVolumeCount() == 0) return;

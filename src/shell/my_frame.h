@@ -112,6 +112,8 @@ class my_frame : public wxPanel {
   // in use lazily so nothing stays under /mnt; with tell, a message names
   // them first. Runs once.
   void ReleaseVolumes(bool tell);
+  // Stops a running copy (its partial file removed) and a running count.
+  void StopRunningWork();
   void OnTopLevelClose(wxCloseEvent& event);
   // Opens the report of the last copy when it has problems not yet reported.
   void ShowCopyReport();
