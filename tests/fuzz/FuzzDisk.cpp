@@ -119,6 +119,8 @@ int FuzzMkdir(const char*, mode_t) { Unexpected("mkdir"); }
 int FuzzSystem(const char*) { Unexpected("system"); }
 // The disk is served to root: discovery runs whoever runs the fuzzer.
 uid_t FuzzGeteuid(void) { return 0; }
+int FuzzUmount2(const char*, int) { Unexpected("umount2"); }
+void FuzzSync(void) { Unexpected("sync"); }
 
 }  // namespace
 
@@ -182,5 +184,5 @@ void FuzzDisk::Install(const char* target) {
   if (target != nullptr) g_target = target;
   g_DeviceSeam = DeviceSeam{FuzzOpen64, FuzzClose, FuzzIoctl, FuzzLseek64, FuzzRead, FuzzWrite,
                             FuzzMount, FuzzUmount, FuzzStatfs64, FuzzMkdir, FuzzSystem,
-                            FuzzGeteuid};
+                            FuzzGeteuid, FuzzUmount2, FuzzSync};
 }
