@@ -21,10 +21,19 @@ class ListingListView : public wxListCtrl {
   // Index of the first selected row from the top, -1 when none.
   long FirstSelected() const;
 
+  // Makes the first row the current one (focused, not selected) when no row
+  // is: the arrow keys move only from a current row, so a list reached by
+  // the keyboard must have one.
+  void MakeCurrentRowIfNone();
+
  protected:
   wxString OnGetItemText(long item, long column) const override;
   int OnGetItemImage(long item) const override;
 
  private:
+  void OnSetFocus(wxFocusEvent& event);
+
   const ListingRows* m_rows;
+
+  DECLARE_EVENT_TABLE()
 };

@@ -367,6 +367,11 @@ int my_DirTreeCtrl::OnPaneVolumeIndex(const wxString& path) { return GetPartitio
 
 void my_DirTreeCtrl::SetFocus() {
   TreePane().SetLastFocus(FolderPane::FOCUS_TREE, true);
+  // The list moves the selection while the tree does not have the focus, so
+  // the kind of the selected item is read again: focused from the keyboard,
+  // Copy follows what the tree shows selected.
+  if (m_treeCtrl != nullptr && m_treeCtrl->GetSelection().IsOk())
+    if (my_TreeItemData* data = DataOf(m_treeCtrl->GetSelection())) m_selIsFolder = !data->m_isSection;
   PostMyCustomCommand(m_parentWindow,
                       m_selIsFolder ? MYCMD_TREE_ENABLE_COPY : MYCMD_TREE_DISABLE_COPY);
   if (m_treeCtrl != nullptr) m_treeCtrl->SetFocus();

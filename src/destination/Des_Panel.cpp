@@ -33,6 +33,7 @@ BEGIN_EVENT_TABLE(Des_Panel, wxDialog)
   EVT_BUTTON(ID_DES_OK, Des_Panel::OnDesButtonOk)
   EVT_BUTTON(ID_DES_CANCEL, Des_Panel::OnDesButtonCancel)
   EVT_CLOSE(Des_Panel::OnClose)
+  EVT_CHAR_HOOK(Des_Panel::OnCharHook)
 END_EVENT_TABLE()
 
 Des_Panel::Des_Panel(wxWindow* parent, int id, const wxString& title, const wxPoint& pos,
@@ -66,7 +67,8 @@ Des_Panel::Des_Panel(wxWindow* parent, int id, const wxString& title, const wxPo
   if (!m_volumes.empty()) m_driveChoice->SetSelection(0);
 
   m_bitmapButton = CCtrlGenerate::Crt_MyBitmapButton(this, ID_DES_UP, Info(18));
-  m_bitmapButton = CCtrlGenerate::Crt_MyBitmapButton(this, ID_DES_NEW, Info(19));
+  keln_BitmapButton* newButton = m_bitmapButton =
+      CCtrlGenerate::Crt_MyBitmapButton(this, ID_DES_NEW, Info(19));
   m_bitmapButton = CCtrlGenerate::Crt_MyBitmapButton(this, ID_DES_DELETE, Info(20));
 
   CONTROLINFO& label = Info(21);
@@ -93,9 +95,23 @@ Des_Panel::Des_Panel(wxWindow* parent, int id, const wxString& title, const wxPo
   SetEscapeId(ID_DES_CANCEL);
 
   m_desList->SetPpathname(m_pathText);
+
+  for (wxWindow* stop : std::initializer_list<wxWindow*>{m_driveChoice, m_desList, newButton,
+                                                        m_bitmapButton, m_okButton,
+                                                        m_cancelButton})
+    m_tabCycle.Add(stop);
 }
 
-bool Des_Panel::Show(bool show) { return common::ShowAtFixedPosition(this, show, m_fixedPosition); }
+void Des_Panel::OnCharHook(wxKeyEvent& event) {
+  if (!m_tabCycle.HandleKey(event)) event.Skip();
+}
+
+bool Des_Panel::Show(bool show) {
+  const bool changed = common::ShowAtFixedPosition(this, show, m_fixedPosition);
+  // The keyboard starts in the list, as in the main window.
+  if (changed && show) m_desList->SetFocus();
+  return changed;
+}
 
 wxString Des_Panel::GetDestinationPath() {
   return DesDestinationPath(m_desList->GetDesCurrentPath(), m_desList->GetDesCopyDirName());

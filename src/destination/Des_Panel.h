@@ -15,6 +15,7 @@
 
 #include <vector>
 
+#include "common/TabCycle.h"
 #include "destination/DeleteFile_dialog.h"
 #include "destination/DesLogic.h"
 
@@ -56,6 +57,8 @@ class Des_Panel : public wxDialog {
   void OnDesButtonCancel(wxCommandEvent& event);
   // The close box closes the panel as Cancel does.
   void OnClose(wxCloseEvent& event);
+  // Tab and Shift+Tab move along the panel's keyboard cycle.
+  void OnCharHook(wxKeyEvent& event);
 
   wxBitmapComboBox* GetDriveChoice() const { return m_driveChoice; }
   Des_listctrl* GetDesList() const { return m_desList; }
@@ -91,6 +94,9 @@ class Des_Panel : public wxDialog {
   void Finish(int id);
 
   std::vector<DesVolumeRow> m_volumes;
+  // Tab order: volume choice, list, New, Delete, OK, Cancel (Up is
+  // Backspace in the list).
+  common::TabCycle m_tabCycle;
   wxPoint m_fixedPosition;
   DeleteFileProgress* m_deleteRun;
 

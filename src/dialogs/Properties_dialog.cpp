@@ -58,10 +58,19 @@ Properties_dialog::Properties_dialog(wxWindow* parent, int id, const wxString& t
   m_sizeText = new wxStaticText(this, wxID_ANY, wxString(), wxPoint(90, 165), wxSize(130, 25),
                                 wxST_NO_AUTORESIZE);
   new wxButton(this, kCloseId, wxGetTranslation("&Close"), wxPoint(250, 230), wxSize(80, 28));
+  // Escape closes the dialog as its Close button does.
+  SetEscapeId(kCloseId);
 }
 
 bool Properties_dialog::Show(bool show) {
-  return common::ShowAtFixedPosition(this, show, m_fixedPosition);
+  const bool changed = common::ShowAtFixedPosition(this, show, m_fixedPosition);
+  // The window it was opened from is disabled while it shows: the keyboard
+  // comes here, to its Close button (Enter, Space or Escape close it).
+  if (changed && show) {
+    Raise();
+    if (wxWindow* close = FindWindow(kCloseId)) close->SetFocus();
+  }
+  return changed;
 }
 
 void Properties_dialog::SetLocation(const wxString& displayPath) {
@@ -89,8 +98,16 @@ void Properties_dialog::ShowFinalCounts() {
   m_filesText->SetLabel(FormatPropertiesCount(m_fileCount));
 }
 
+void Properties_dialog::ReturnToParent() {
+  if (m_parentWindow == nullptr) return;
+  m_parentWindow->Enable(true);
+  // The keyboard goes back to the control of the window that had it.
+  if (wxWindow* top = wxGetTopLevelParent(m_parentWindow)) top->Raise();
+  m_parentWindow->SetFocus();
+}
+
 void Properties_dialog::Dismiss() {
-  if (m_parentWindow != nullptr) m_parentWindow->Enable(true);
+  ReturnToParent();
   if (IsModal()) EndModal(kCloseId);
   Destroy();
 }
@@ -101,7 +118,7 @@ void Properties_dialog::OnProDialogClose(wxCommandEvent& WXUNUSED(event)) {
     // frame destroys the dialog.
     m_cancel = true;
     Hide();
-    if (m_parentWindow != nullptr) m_parentWindow->Enable(true);
+    ReturnToParent();
     return;
   }
   Dismiss();

@@ -48,6 +48,8 @@ class Properties_dialog : public wxDialog {
   wxWindow* m_parentWindow;
 
  private:
+  // Enables the window the dialog was opened from and gives it the keyboard.
+  void ReturnToParent();
   bool m_counting;
   wxPoint m_fixedPosition;
 

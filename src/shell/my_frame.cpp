@@ -51,6 +51,7 @@ BEGIN_EVENT_TABLE(my_frame, wxPanel)
   EVT_CHAR(my_frame::OnChar)
   EVT_KEY_DOWN(my_frame::OnKeyDown)
   EVT_KEY_UP(my_frame::OnKeyUp)
+  EVT_CHAR_HOOK(my_frame::OnCharHook)
   EVT_MOTION(my_frame::OnMouseMove)
   EVT_LEFT_DOWN(my_frame::OnLeftDown)
   EVT_LEFT_UP(my_frame::OnLeftUp)
@@ -205,6 +206,12 @@ my_frame::my_frame(wxWindow* parent, int id, const wxString& /*title*/, const wx
   tree->SetTextCtrlPath(m_pathText);
   list->SetPDirTree(tree);
 
+  for (wxWindow* stop : std::initializer_list<wxWindow*>{tree, list, m_pathText, m_helpButton,
+                                                        m_copyButton, m_exitButton})
+    m_tabCycle.Add(stop);
+  // The keyboard starts in the drive list.
+  list->SetFocus();
+
   m_helpDia = new HelpDia(this, wxID_ANY, wxGetTranslation("Kelnora Help"), wxDefaultPosition,
                           wxDefaultSize, wxCAPTION | wxCLOSE_BOX | wxSYSTEM_MENU,
                           wxGetTranslation("dialogBox"));
@@ -247,6 +254,13 @@ my_frame::~my_frame() {
   ReleaseVolumes(false);
 }
 
+void my_frame::SetFocus() {
+  if (tree->GetIsLastFocus_treectrl())
+    tree->SetFocus();
+  else
+    list->SetFocus();
+}
+
 void my_frame::OnPaint(wxPaintEvent& /*event*/) { wxPaintDC dc(this); }
 
 void my_frame::OnChar(wxKeyEvent& event) {
@@ -257,6 +271,17 @@ void my_frame::OnChar(wxKeyEvent& event) {
 void my_frame::OnKeyDown(wxKeyEvent& event) { event.Skip(); }
 
 void my_frame::OnKeyUp(wxKeyEvent& event) { event.Skip(); }
+
+void my_frame::OnCharHook(wxKeyEvent& event) {
+  if (m_tabCycle.HandleKey(event)) return;
+  if (event.GetKeyCode() == WXK_F5 && event.GetModifiers() == wxMOD_NONE) {
+    wxCommandEvent click(wxEVT_COMMAND_BUTTON_CLICKED, ID_MYFRAME_REFRESH);
+    click.SetEventObject(m_refreshButton);
+    wxPostEvent(this, click);
+    return;
+  }
+  event.Skip();
+}
 
 // The drag machinery is inert: nothing ever allows dragging, so the frame
 // never moves with the mouse.

@@ -12,6 +12,7 @@
 #include <wx/textctrl.h>
 #include <wx/weakref.h>
 
+#include "common/TabCycle.h"
 #include "dialogs/Properties_dialog.h"
 #include "dialogs/my_log_dialog.h"
 #include "destination/Des_Panel.h"
@@ -45,10 +46,16 @@ class my_frame : public wxPanel {
            const wxSize& size, long style);
   ~my_frame() override;
 
+  // The keyboard goes to the source pane the user worked in last: the tree
+  // when it had the focus last, else the list.
+  void SetFocus() override;
+
   void OnPaint(wxPaintEvent& event);
   void OnChar(wxKeyEvent& event);
   void OnKeyDown(wxKeyEvent& event);
   void OnKeyUp(wxKeyEvent& event);
+  // Tab and Shift+Tab move along the frame's keyboard cycle; F5 refreshes.
+  void OnCharHook(wxKeyEvent& event);
   void OnMouseMove(wxMouseEvent& event);
   void OnLeftDown(wxMouseEvent& event);
   void OnLeftUp(wxMouseEvent& event);
@@ -132,6 +139,9 @@ class my_frame : public wxPanel {
   wxWeakRef<Properties_dialog> m_propertiesDialog;
   wxWeakRef<Des_Panel> m_desPanel;
   wxWeakRef<my_log_dialog> m_reportDialog;
+  // Tab order: tree, list, path box, Help, Copy, Exit (Up and Refresh are
+  // Backspace and F5 from the keyboard).
+  common::TabCycle m_tabCycle;
   wxWindow* m_menuAnchor;
   wxTextCtrl* m_pathText;
   wxString m_targetPath;
