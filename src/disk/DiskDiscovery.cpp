@@ -166,7 +166,7 @@ static bool ProbeImage(int index, HardDiskInformation* slot, int readPartitions)
   for (int p = 0; slot->Partitions != NULL && p < slot->PartitionCount; ++p) {
     const PartitionInformation* part = &slot->Partitions[p];
     uint64_t start = part->StartSector;
-    if (part->PartitionNumber > PARTITION_ENTRY_COUNT) {
+    if (part->TableKind == PARTITION_TABLE_MBR && part->PartitionNumber > PARTITION_ENTRY_COUNT) {
       PartitionEntry entry;
       ByteView view = MakeByteView(NULL, 0);
       if (sector != NULL && DirectReadDisk(fd, part->StartSector, 1, sector, bps) == 1)
@@ -215,6 +215,7 @@ int DiskListFun(MyComputer* root, int readPartitions) {
     for (int d = 0; d < count; ++d) {
       if (table[d].Partitions == NULL) continue;
       for (int p = 0; p < table[d].PartitionCount; ++p) {
+        if (table[d].Partitions[p].NoLetter) continue;
         if (letter < 'Z') table[d].Partitions[p].DriveLetter = letter++;
       }
     }
@@ -240,8 +241,10 @@ static void ReadGeometryAndPartitions(int fd, HardDiskInformation* disk, int rea
   if (readPartitions == 1) {
     free(disk->Partitions);
     disk->Partitions = NULL;
-    disk->PartitionCount =
-        static_cast<uint16_t>(GetPartitionInformation(fd, disk->BytesPerSector, &disk->Partitions));
+    int table = 0;
+    disk->PartitionCount = static_cast<uint16_t>(
+        GetDiskPartitions(fd, disk->BytesPerSector, disk->TotalSectors, &disk->Partitions, &table));
+    disk->PartitionTable = static_cast<uint8_t>(table);
   }
 }
 
@@ -396,13 +399,12 @@ int GetDiskCHSParameter(int fd, HardDiskInformation* disk, unsigned char mode) {
 
   uint64_t bytes = 0;
   if (g_DeviceSeam.Ioctl(fd, BLKGETSIZE64, &bytes) != -1) {
-    disk->TotalSectors = static_cast<uint32_t>(bytes / disk->BytesPerSector);
+    disk->TotalSectors = bytes / disk->BytesPerSector;
   } else {
     // The older query counts 512-byte units.
     unsigned long units = 0;
     if (g_DeviceSeam.Ioctl(fd, BLKGETSIZE, &units) == -1) return -1;
-    disk->TotalSectors =
-        static_cast<uint32_t>(static_cast<uint64_t>(units) * 512 / disk->BytesPerSector);
+    disk->TotalSectors = static_cast<uint64_t>(units) * 512 / disk->BytesPerSector;
   }
 
   int result;
@@ -421,7 +423,10 @@ int GetDiskCHSParameter(int fd, HardDiskInformation* disk, unsigned char mode) {
       return -1;
   }
   if (result != 0) return -1;
-  disk->Cylinders = disk->TotalSectors /
-                    (static_cast<uint32_t>(disk->Heads) * disk->SectorsPerTrack);
+  // Cylinders stay a 32-bit count: a disk beyond what CHS can describe
+  // gets the largest.
+  const uint64_t cylinders =
+      disk->TotalSectors / (static_cast<uint64_t>(disk->Heads) * disk->SectorsPerTrack);
+  disk->Cylinders = cylinders > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(cylinders);
   return 0;
 }

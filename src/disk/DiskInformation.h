@@ -36,12 +36,28 @@ struct FileSystemInformation {
   uint32_t FirstDataSector;
 };
 
+// Partition table kinds.
+enum {
+  PARTITION_TABLE_MBR = 0,
+  PARTITION_TABLE_GPT = 1,
+};
+
+// Longest GPT partition name in UTF-8: 36 UTF-16 units of up to 3 bytes
+// each (a surrogate pair, 2 units, gives 4), and a NUL.
+#define GPT_NAME_SIZE 109
+
 struct PartitionInformation {
   char DriveLetter;            // 'C'..'Y', or 0
-  uint8_t PartitionNumber;     // 1..4 primary, 5.. logical
-  uint32_t StartSector;
-  uint32_t SectorCount;
+  uint8_t PartitionNumber;     // MBR: 1..4 primary, 5.. logical; GPT: 1.. in entry order
+  uint64_t StartSector;
+  uint64_t SectorCount;
   FileSystemInformation* FileSystem;  // owned, null until recognised
+  uint8_t TableKind;           // PARTITION_TABLE_*
+  // A GPT partition a desktop system gives no drive letter (EFI system,
+  // reserved, recovery, hidden): listed, never mounted.
+  uint8_t NoLetter;
+  unsigned char TypeGuid[16];  // GPT: the partition type GUID as stored
+  char Name[GPT_NAME_SIZE];    // GPT: the partition name in UTF-8, NUL-terminated
 };
 
 struct HardDiskInformation {
@@ -53,8 +69,10 @@ struct HardDiskInformation {
   uint16_t Heads;
   uint16_t SectorsPerTrack;
   uint32_t Cylinders;
-  uint32_t TotalSectors;
+  uint64_t TotalSectors;
   PartitionInformation* Partitions;  // malloc array, or null
+  // The table the partitions came from: a GPT_RESULT_* value (GptTable.h).
+  uint8_t PartitionTable;
 };
 
 struct MyComputer {

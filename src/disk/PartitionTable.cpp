@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include "disk/BootRecord.h"
+#include "disk/GptTable.h"
 #include "disk/SectorIO.h"
 
 namespace {
@@ -105,4 +106,13 @@ int GetPartitionInformation(int fd, unsigned short bytesPerSector, PartitionInfo
   free(ebr);
   free(mbr);
   return result;
+}
+
+int GetDiskPartitions(int fd, unsigned short bytesPerSector, uint64_t totalSectors,
+                      PartitionInformation** out, int* table) {
+  int count = 0;
+  const int kind = GetGptPartitionInformation(fd, bytesPerSector, totalSectors, out, &count);
+  if (table != NULL) *table = kind;
+  if (kind == GPT_RESULT_PRIMARY || kind == GPT_RESULT_BACKUP) return count;
+  return GetPartitionInformation(fd, bytesPerSector, out);
 }

@@ -159,6 +159,12 @@ int View_Disk_Info::UI_InitDevice() {
     if (disk->Partitions == NULL) continue;
     for (int p = 0; p < disk->PartitionCount; ++p) {
       PartitionInformation* part = &disk->Partitions[p];
+      // EFI system, reserved, recovery and hidden partitions are listed
+      // but get no letter and are never mounted.
+      if (part->NoLetter) {
+        part->DriveLetter = 0;
+        continue;
+      }
       char node[32];
       PartitionNodeName(disk, part, node, sizeof(node));
       printf("%s\n", node);  // fixed output, checked by tests: not a debugging leftover

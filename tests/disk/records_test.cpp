@@ -147,12 +147,16 @@ TEST(Records, FieldWidths) {
   EXPECT_EQ(sizeof(disk.Heads), 2u);
   EXPECT_EQ(sizeof(disk.SectorsPerTrack), 2u);
   EXPECT_EQ(sizeof(disk.Cylinders), 4u);
-  EXPECT_EQ(sizeof(disk.TotalSectors), 4u);
+  // Disks beyond 2 TiB: sector counts and starts are 64-bit.
+  EXPECT_EQ(sizeof(disk.TotalSectors), 8u);
   PartitionInformation part;
   EXPECT_EQ(sizeof(part.DriveLetter), 1u);
   EXPECT_EQ(sizeof(part.PartitionNumber), 1u);
-  EXPECT_EQ(sizeof(part.StartSector), 4u);
-  EXPECT_EQ(sizeof(part.SectorCount), 4u);
+  EXPECT_EQ(sizeof(part.StartSector), 8u);
+  EXPECT_EQ(sizeof(part.SectorCount), 8u);
+  // A GPT name of 36 UTF-16 units in UTF-8, and its NUL.
+  EXPECT_EQ(sizeof(part.Name), 109u);
+  EXPECT_EQ(sizeof(part.TypeGuid), 16u);
   FileSystemInformation fs;
   EXPECT_EQ(sizeof(fs.FsType), 1u);
   EXPECT_EQ(sizeof(fs.SectorsPerCluster), 1u);

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Makes the seed inputs of one fuzz target from images that the usual tools
 # write (sfdisk, mkfs.fat, mkntfs), converted by make_fuzz_seed:
-#   make-seeds.sh partition_walk|volume_detect|discovery MAKE_FUZZ_SEED OUTDIR
+#   make-seeds.sh partition_walk|gpt_walk|volume_detect|discovery MAKE_FUZZ_SEED OUTDIR
 set -euo pipefail
 kind=$1 tool=$2 out=$3
 for t in sfdisk mkfs.fat mkntfs; do
@@ -56,6 +56,21 @@ walk_seeds() {
 case $kind in
   partition_walk)
     walk_seeds
+    ;;
+  gpt_walk)
+    # GUID partition tables as sfdisk writes them (both headers), with the
+    # types a Windows disk holds, a small entry array, a non-ASCII name, a
+    # hidden partition, 4096-byte sectors, and one MBR table as the fallback.
+    esp=C12A7328-F81F-11D2-BA4B-00A0C93EC93B msr=E3C9E316-0B5C-4DB8-817D-F92DF00215AE
+    data=EBD0A0A2-B9E5-4433-87C0-68B6B72699C7 rec=DE94BBA4-06D1-4D40-A16A-BFD50179D6AC
+    table gpt-windows 64 "label: gpt\nsize=8MiB,type=$esp,name=\"EFI system partition\"\nsize=4MiB,type=$msr\nsize=24MiB,type=$data,name=\"Basic data partition\"\nsize=8MiB,type=$rec,attrs=RequiredPartition\n"
+    table gpt-4-entries 16 "label: gpt\ntable-length: 4\nsize=4MiB,type=$data,name=\"Donn\xc3\xa9es\"\nsize=4MiB,type=$data,attrs=\"GUID:62\"\n"
+    table gpt-empty 8 'label: gpt\n'
+    rm -f "$tmp/g.img"; truncate -s 64M "$tmp/g.img"
+    printf 'label: gpt\nsector-size: 4096\nsize=16MiB,type=%s\n' "$data" |
+      q sfdisk -q --no-reread --no-tell-kernel "$tmp/g.img"
+    q "$tool" -S 4096 "$tmp/g.img" "$out/gpt-sector-4096"
+    table mbr-fallback 16 'label: dos\nsize=4MiB,type=7\ntype=5\nsize=2MiB,type=b\n'
     ;;
   volume_detect)
     fat fat12-label 4 -F 12 -n SEEDFAT12

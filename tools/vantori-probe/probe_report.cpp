@@ -9,6 +9,7 @@
 
 #include "disk/DiskDiscovery.h"
 #include "disk/DiskImage.h"
+#include "disk/GptTable.h"
 
 volatile sig_atomic_t g_probeStop = 0;
 
@@ -59,6 +60,16 @@ void WaitForRelease() {
   }
 }
 
+const char* TableName(int table) {
+  switch (table) {
+    case GPT_RESULT_PRIMARY: return "gpt";
+    case GPT_RESULT_BACKUP: return "gpt-backup";
+    case GPT_RESULT_HYBRID: return "mbr-hybrid";
+    case GPT_RESULT_DAMAGED: return "mbr-damaged-gpt";
+    default: return "mbr";
+  }
+}
+
 }  // namespace
 
 void PrintProbeUsage(FILE* out) {
@@ -78,7 +89,11 @@ void PrintProbeUsage(FILE* out) {
       "             partition count\n"
       "  partition  disk path, partition number, drive letter given at discovery (or -),\n"
       "             start sector, sector count, file-system type (0 unknown, 1 FAT12,\n"
-      "             2 FAT16, 3 FAT32, 4 NTFS), label (empty when none)\n"
+      "             2 FAT16, 3 FAT32, 4 NTFS), label (empty when none); a GPT\n"
+      "             partition has two more: its type GUID and its name\n"
+      "  table      disk path, the partition table read: mbr, gpt, gpt-backup (the\n"
+      "             first GPT header was damaged), mbr-hybrid (a GPT beside MBR\n"
+      "             entries) or mbr-damaged-gpt (neither GPT header checks out)\n"
       "  volume     drive letter, mount point, removable (0/1), file-system name,\n"
       "             label, free space, total space\n"
       "\n"
@@ -185,6 +200,10 @@ int RunProbe(View_Disk_Info* info, const ProbeOptions& options) {
     AppendField(&line, Number(disk.TotalSectors));
     AppendField(&line, Number(disk.PartitionCount));
     Emit(line);
+    std::string table = "table";
+    AppendField(&table, path);
+    AppendField(&table, TableName(disk.PartitionTable));
+    Emit(table);
     for (size_t p = 0; p < snapshot[d].size(); ++p) {
       const PartitionInformation& part = disk.Partitions[p];
       const PartitionSnapshot& snap = snapshot[d][p];
@@ -196,6 +215,14 @@ int RunProbe(View_Disk_Info* info, const ProbeOptions& options) {
       AppendField(&pline, Number(part.SectorCount));
       AppendField(&pline, Number(static_cast<unsigned>(snap.fsType)));
       AppendField(&pline, snap.label);
+      if (part.TableKind == PARTITION_TABLE_GPT) {
+        char guid[37];
+        GptGuidText(part.TypeGuid, guid);
+        AppendField(&pline, guid);
+        std::string name;
+        AppendEscaped(&name, part.Name, sizeof(part.Name));
+        AppendField(&pline, name);
+      }
       Emit(pline);
     }
   }
