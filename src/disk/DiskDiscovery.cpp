@@ -5,6 +5,7 @@
 #include <linux/cdrom.h>
 #include <linux/fs.h>
 #include <linux/hdreg.h>
+#include <linux/nvme_ioctl.h>
 #include <scsi/scsi.h>
 #include <scsi/scsi_ioctl.h>
 #include <scsi/sg.h>
@@ -107,31 +108,50 @@ bool Inquiry(int fd, unsigned char* data, unsigned char len) {
 
 }  // namespace
 
-// The fixed device nodes, probed in this order: IDE nodes first, then SCSI
-// nodes (SATA, USB and others), each group in letter order. The SCSI generic
-// list is taken just before the SCSI group.
+// The fixed device nodes, probed in this order: IDE nodes, NVMe namespaces,
+// virtio disks and SD/eMMC cards, then SCSI nodes (SATA, USB and others),
+// each group in its own order. The SCSI generic list is taken just before
+// the SCSI group.
+enum NodeKind { NODE_IDE, NODE_NVME, NODE_VIRTIO, NODE_MMC, NODE_SCSI };
 struct NodeGroup {
-  const char* format;
-  char first, last;
-  bool scsi;
+  NodeKind kind;
+  int count;
 };
 static const NodeGroup kNodeGroups[] = {
-    {"/dev/hd%c", 'a', 'd', false},
-    {"/dev/sd%c", 'a', 'j', true},
+    {NODE_IDE, 4},      // /dev/hda .. /dev/hdd
+    {NODE_NVME, 32},    // /dev/nvme0n1 .. /dev/nvme7n4
+    {NODE_VIRTIO, 16},  // /dev/vda .. /dev/vdp
+    {NODE_MMC, 8},      // /dev/mmcblk0 .. /dev/mmcblk7 (not their boot or RPMB areas)
+    {NODE_SCSI, 10},    // /dev/sda .. /dev/sdj
 };
+
+// The node of entry i of a group.
+static void NodePath(NodeKind kind, int i, char* out, size_t size) {
+  switch (kind) {
+    case NODE_IDE: snprintf(out, size, "/dev/hd%c", 'a' + i); break;
+    case NODE_NVME: snprintf(out, size, "/dev/nvme%dn%d", i / 4, i % 4 + 1); break;
+    case NODE_VIRTIO: snprintf(out, size, "/dev/vd%c", 'a' + i); break;
+    case NODE_MMC: snprintf(out, size, "/dev/mmcblk%d", i); break;
+    case NODE_SCSI: snprintf(out, size, "/dev/sd%c", 'a' + i); break;
+  }
+}
+
+static int GetBlockDisk(int fd, NodeKind kind, HardDiskInformation* disk, int readPartitions);
 
 // Opens one node into slot and keeps it when it is a disk that answers its
 // group's identity queries: true when kept, else the slot is left zeroed.
-static bool ProbeNode(const NodeGroup* group, char letter, HardDiskInformation* slot,
-                      SgInformation* sgList, int sgCount, int readPartitions) {
-  snprintf(slot->DevicePath, sizeof(slot->DevicePath), group->format, letter);
+static bool ProbeNode(NodeKind kind, int i, HardDiskInformation* slot, SgInformation* sgList,
+                      int sgCount, int readPartitions) {
+  NodePath(kind, i, slot->DevicePath, sizeof(slot->DevicePath));
   int fd = g_DeviceSeam.Open64(slot->DevicePath, kOpenFlags);
   bool kept = false;
   if (fd != -1 && !IsOpticalDrive(fd)) {
-    if (group->scsi)
+    if (kind == NODE_SCSI)
       kept = GetScsiHardDisk(fd, slot, sgList, sgCount, readPartitions) == 0;
-    else
+    else if (kind == NODE_IDE)
       kept = GetIdeHardDisk(fd, slot, readPartitions) == 0;
+    else
+      kept = GetBlockDisk(fd, kind, slot, readPartitions) == 0;
   }
   g_DeviceSeam.Close(fd);
   if (!kept) ReleaseSlot(slot);
@@ -198,9 +218,9 @@ int DiskListFun(MyComputer* root, int readPartitions) {
 
   for (size_t g = 0; g < sizeof(kNodeGroups) / sizeof(kNodeGroups[0]); ++g) {
     const NodeGroup* group = &kNodeGroups[g];
-    if (group->scsi) sgCount = GetSgInfomation(sgList);
-    for (char letter = group->first; letter <= group->last && count < MAX_DISK_COUNT; ++letter) {
-      if (ProbeNode(group, letter, &table[count], sgList, sgCount, readPartitions)) ++count;
+    if (group->kind == NODE_SCSI) sgCount = GetSgInfomation(sgList);
+    for (int i = 0; i < group->count && count < MAX_DISK_COUNT; ++i) {
+      if (ProbeNode(group->kind, i, &table[count], sgList, sgCount, readPartitions)) ++count;
     }
   }
   // Disk images come after the machine's own disks.
@@ -288,6 +308,85 @@ int GetScsiHardDisk(int fd, HardDiskInformation* disk, SgInformation* sgList, in
       disk->Flags = static_cast<uint8_t>(sgList[i].Flags | DISK_FLAG_DMA | DISK_FLAG_LBA);
     }
   }
+  ReadGeometryAndPartitions(fd, disk, readPartitions);
+  return 0;
+}
+
+// The first line of a small text file (a sysfs attribute) without its line
+// end, in out (size bytes with the NUL); false when it cannot be read.
+static bool ReadTextLine(const char* path, char* out, size_t size) {
+  if (size == 0) return false;
+  out[0] = 0;
+  int fd = g_DeviceSeam.Open64(path, O_RDONLY);
+  if (fd == -1) return false;
+  ssize_t n = g_DeviceSeam.Read(fd, out, size - 1);
+  g_DeviceSeam.Close(fd);
+  if (n <= 0) return false;
+  out[n] = 0;
+  for (ssize_t i = 0; i < n; ++i) {
+    if (out[i] == '\n' || out[i] == '\r') {
+      out[i] = 0;
+      break;
+    }
+  }
+  // Trailing blanks (sysfs pads some model texts) are not part of it.
+  for (size_t end = strlen(out); end > 0 && out[end - 1] == ' '; --end) out[end - 1] = 0;
+  return out[0] != 0;
+}
+
+// An attribute of the disk's sysfs entry, /sys/block/<node name>/<attribute>.
+static bool ReadDiskAttribute(const HardDiskInformation* disk, const char* attribute, char* out,
+                              size_t size) {
+  const char* name = strrchr(disk->DevicePath, '/');
+  if (name == NULL) return false;
+  char path[96];
+  snprintf(path, sizeof(path), "/sys/block/%s/%s", name + 1, attribute);
+  return ReadTextLine(path, out, size);
+}
+
+// The model number of the NVMe controller (bytes 24-63 of its identify
+// data), as the device gives it; false when the query fails.
+static bool NvmeModel(int fd, char* model) {
+  const size_t kIdentifySize = 4096;
+  unsigned char* identify = static_cast<unsigned char*>(calloc(1, kIdentifySize));
+  if (identify == NULL) return false;
+  struct nvme_admin_cmd command;
+  memset(&command, 0, sizeof(command));
+  command.opcode = 0x06;  // identify
+  command.addr = reinterpret_cast<uintptr_t>(identify);
+  command.data_len = kIdentifySize;
+  command.cdw10 = 1;  // the controller's data
+  bool ok = g_DeviceSeam.Ioctl(fd, NVME_IOCTL_ADMIN_CMD, &command) != -1 && identify[24] != 0;
+  if (ok) memcpy(model, identify + 24, 40);
+  free(identify);
+  return ok;
+}
+
+// An NVMe namespace, a virtio disk or an SD/eMMC card: a node that reports
+// a size is a disk. Its model comes from the NVMe identify data or the
+// sysfs model text (an SD/eMMC card's name); an SD card is removable.
+static int GetBlockDisk(int fd, NodeKind kind, HardDiskInformation* disk, int readPartitions) {
+  uint64_t bytes = 0;
+  if (g_DeviceSeam.Ioctl(fd, BLKGETSIZE64, &bytes) == -1 || bytes == 0) return -1;
+  char text[64];
+  memset(disk->Model, 0, sizeof(disk->Model));
+  if (kind == NODE_NVME && NvmeModel(fd, disk->Model)) {
+    // as the controller gives it
+  } else if (ReadDiskAttribute(disk, kind == NODE_MMC ? "device/name" : "device/model", text,
+                               sizeof(text))) {
+    memcpy(disk->Model, text, strnlen(text, sizeof(disk->Model)));
+  } else {
+    const char* fallback = kind == NODE_NVME ? "NVMe disk" : kind == NODE_VIRTIO ? "Virtio disk"
+                                                                                : "SD/MMC card";
+    memcpy(disk->Model, fallback, strlen(fallback));
+  }
+  uint8_t flags = DISK_FLAG_DMA | DISK_FLAG_LBA;
+  if (kind == NODE_MMC) {
+    if ((ReadDiskAttribute(disk, "device/type", text, sizeof(text)) && strcmp(text, "SD") == 0) ||
+        (ReadDiskAttribute(disk, "removable", text, sizeof(text)) && strcmp(text, "1") == 0))
+      flags |= DISK_FLAG_REMOVABLE;
+  }
+  disk->Flags = flags;
   ReadGeometryAndPartitions(fd, disk, readPartitions);
   return 0;
 }

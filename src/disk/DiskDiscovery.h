@@ -4,12 +4,13 @@
 
 #include "disk/DiskInformation.h"
 
-// Most disks a discovery run keeps: four IDE nodes and ten SCSI nodes.
+// Most disks a discovery run keeps, of every kind together.
 #define MAX_DISK_COUNT 14
 // Most SCSI generic records a discovery run keeps.
 #define MAX_SG_COUNT 10
 
-// Fills root with the disks found (IDE first, then SCSI); with
+// Fills root with the disks found (IDE first, then NVMe, virtio and SD/eMMC
+// disks, then SCSI); with
 // readPartitions 1 also reads every partition table and gives the partitions
 // drive letters 'C'..'Y'. Returns the number of disks (0 leaves root's array
 // as it was, null after a release).

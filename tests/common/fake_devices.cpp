@@ -5,6 +5,7 @@
 #include <linux/fs.h>
 #include <linux/loop.h>
 #include <linux/hdreg.h>
+#include <linux/nvme_ioctl.h>
 #include <scsi/scsi.h>
 #include <scsi/sg.h>
 #include <stdio.h>
@@ -14,6 +15,8 @@
 #include <sys/statfs.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <fstream>
 #include <sstream>
 
@@ -306,17 +309,26 @@ std::vector<std::string> FakeDevices::CallsOf(const std::string& verb) const {
   return out;
 }
 
+// The partition number path names on disk d (/dev/sda1 on /dev/sda; a disk
+// whose name ends in a digit names its partitions with a "p" before the
+// number, nvme0n1p1, as the kernel does).
+bool FakeDevices::PartitionOf(const FakeDisk& d, const std::string& path, int* number) {
+  if (!StartsWith(path, d.node) || path.size() <= d.node.size()) return false;
+  std::string rest = path.substr(d.node.size());
+  if (rest[0] == 'p' && !d.node.empty() && isdigit(static_cast<unsigned char>(d.node.back())))
+    rest = rest.substr(1);
+  if (rest.empty() || rest.find_first_not_of("0123456789") != std::string::npos) return false;
+  *number = atoi(rest.c_str());
+  return true;
+}
+
 bool FakeDevices::NodeExists(const std::string& path) const {
   for (const std::string& loop : attachedLoops_)
     if (loop == path) return true;
   for (const FakeDisk* d : disks_) {
     if (d->node == path) return true;
-    if (StartsWith(path, d->node) && path.size() > d->node.size()) {
-      std::string rest = path.substr(d->node.size());
-      if (rest.find_first_not_of("0123456789") == std::string::npos &&
-          d->partitions.count(atoi(rest.c_str())))
-        return true;
-    }
+    int number = 0;
+    if (PartitionOf(*d, path, &number) && d->partitions.count(number)) return true;
   }
   return false;
 }
@@ -375,10 +387,9 @@ int FakeDevices::Open(const char* path, int flags) {
       }
       break;
     }
-    if (StartsWith(p, d->node) && p.size() > d->node.size()) {
-      std::string rest = p.substr(d->node.size());
-      if (rest.find_first_not_of("0123456789") != std::string::npos) continue;
-      auto part = d->partitions.find(atoi(rest.c_str()));
+    int number = 0;
+    if (PartitionOf(*d, p, &number)) {
+      auto part = d->partitions.find(number);
       if (part == d->partitions.end()) continue;
       h.disk = d;
       h.base = part->second.first;
@@ -599,6 +610,17 @@ int FakeDevices::Ioctl(int fd, unsigned long request, void* arg) {
     case CDROM_DRIVE_STATUS:
       if (!d->optical) break;
       return CDS_NO_DISC;
+    case NVME_IOCTL_ADMIN_CMD: {
+      struct nvme_admin_cmd* command = static_cast<struct nvme_admin_cmd*>(arg);
+      if (d->nvmeModel.empty() || command->opcode != 0x06 || command->cdw10 != 1 ||
+          command->data_len < 64)
+        break;
+      unsigned char* data = reinterpret_cast<unsigned char*>(static_cast<uintptr_t>(command->addr));
+      memset(data, 0, command->data_len);
+      memset(data + 24, ' ', 40);
+      memcpy(data + 24, d->nvmeModel.data(), std::min<size_t>(40, d->nvmeModel.size()));
+      return 0;
+    }
     case HDIO_GET_IDENTITY:
       if (!d->answersIdentify) break;
       memcpy(arg, d->identify, 512);

@@ -48,6 +48,10 @@ struct FakeDisk {
   bool failGeometry = false;       // HDIO_GETGEO
   int geoHeads = 255, geoSectors = 63;
 
+  // NVMe: the model number the identify-controller command answers with
+  // (NVME_IOCTL_ADMIN_CMD); empty: the command fails.
+  std::string nvmeModel;
+
   // ATA identify data (HDIO_GET_IDENTITY), 512 bytes.
   bool answersIdentify = false;
   unsigned char identify[512] = {};
@@ -182,6 +186,7 @@ class FakeDevices {
 
  private:
   int MountAt(const std::string& source, const std::string& target);
+  static bool PartitionOf(const FakeDisk& d, const std::string& path, int* number);
   bool NodeExists(const std::string& path) const;
   Handle* Find(int fd);
   // The handle of fd when it reads and writes an image; nullptr with errno

@@ -82,11 +82,20 @@ TEST(DiskListFun, NoReadableNodeGivesZeroAndNullArray) {
   EXPECT_EQ(DiskListFun(&root, 1), 0);
   EXPECT_EQ(root.Disks, nullptr);
   std::vector<std::string> opens = fake.CallsOf("open");
-  EXPECT_EQ(opens.size(), 4u + 10u + 10u);
+  // IDE, NVMe namespaces (8 controllers x 4), virtio, SD/eMMC, then the SCSI
+  // generic list and the SCSI disks.
+  EXPECT_EQ(opens.size(), 4u + 32u + 16u + 8u + 10u + 10u);
   EXPECT_EQ(opens.front(), "/dev/hda");
   EXPECT_EQ(opens[3], "/dev/hdd");
-  EXPECT_EQ(opens[4], "/dev/sg0");
-  EXPECT_EQ(opens[14], "/dev/sda");
+  EXPECT_EQ(opens[4], "/dev/nvme0n1");
+  EXPECT_EQ(opens[5], "/dev/nvme0n2");
+  EXPECT_EQ(opens[35], "/dev/nvme7n4");
+  EXPECT_EQ(opens[36], "/dev/vda");
+  EXPECT_EQ(opens[51], "/dev/vdp");
+  EXPECT_EQ(opens[52], "/dev/mmcblk0");
+  EXPECT_EQ(opens[59], "/dev/mmcblk7");
+  EXPECT_EQ(opens[60], "/dev/sg0");
+  EXPECT_EQ(opens[70], "/dev/sda");
   EXPECT_EQ(opens.back(), "/dev/sdj");
   EXPECT_EQ(DiskListFun(nullptr, 1), 0);
 }
@@ -542,12 +551,12 @@ TEST(DiskListFun, NodesOpenedReadWriteNonBlockingAndAlwaysClosed) {
   MyComputer root = {0, nullptr};
   ASSERT_EQ(DiskListFun(&root, 1), 2);
   const std::vector<std::pair<std::string, int>>& opens = fake.OpenFlags();
-  ASSERT_EQ(opens.size(), 4u + 10u + 10u);
+  ASSERT_EQ(opens.size(), 4u + 32u + 16u + 8u + 10u + 10u);
   for (const auto& o : opens) EXPECT_EQ(o.second, O_RDWR | O_NONBLOCK) << o.first;
-  // Every node was handed to close, also the 20 whose open failed (as -1).
+  // Every node was handed to close, also the 76 whose open failed (as -1).
   std::vector<std::string> closes = fake.CallsOf("close");
   EXPECT_EQ(closes.size(), opens.size());
-  EXPECT_EQ(std::count(closes.begin(), closes.end(), "#-1"), 20);
+  EXPECT_EQ(std::count(closes.begin(), closes.end(), "#-1"), 76);
   for (const char* node : {"/dev/hdb", "/dev/hdc", "/dev/sg4", "/dev/sdc"})
     EXPECT_EQ(std::count(closes.begin(), closes.end(), node), 1) << node;
   // The drive-status question names the current slot, on every opened disk node.
