@@ -258,7 +258,7 @@ TEST_F(VolumeTable, SizeTexts) {
   t->UI_FreeMemory();
 }
 
-TEST(FormatVolumeSize, GigabytesAboveOneGibElseWholeMegabytes) {
+TEST(FormatVolumeSize, TerabytesAboveOneTibGigabytesAboveOneGibElseWholeMegabytes) {
   char out[16];
   FormatVolumeSize(1127428916LL, out, sizeof(out));  // 1.05 GiB
   EXPECT_STREQ(out, "1.1 GB");
@@ -272,10 +272,17 @@ TEST(FormatVolumeSize, GigabytesAboveOneGibElseWholeMegabytes) {
   EXPECT_STREQ(out, "0 MB");
   FormatVolumeSize((1LL << 20) - 1, out, sizeof(out));
   EXPECT_STREQ(out, "0 MB");
+  // TB above 1024 GB.
+  FormatVolumeSize(1LL << 40, out, sizeof(out));
+  EXPECT_STREQ(out, "1024.0 GB");
+  FormatVolumeSize((1LL << 40) + (1LL << 30), out, sizeof(out));
+  EXPECT_STREQ(out, "1.0 TB");
+  FormatVolumeSize(4000787030016LL, out, sizeof(out));  // a "4 TB" disk
+  EXPECT_STREQ(out, "3.6 TB");
   FormatVolumeSize(500LL << 40, out, sizeof(out));
-  EXPECT_STREQ(out, "512000.0 GB");
+  EXPECT_STREQ(out, "500.0 TB");
   FormatVolumeSize(INT64_MAX, out, sizeof(out));  // fits the 16-char field
-  EXPECT_STREQ(out, "8589934592.0 GB");
+  EXPECT_STREQ(out, "8388608.0 TB");
   char small[6];
   FormatVolumeSize(900LL << 20, small, sizeof(small));
   EXPECT_STREQ(small, "900 M");  // cut to fit
