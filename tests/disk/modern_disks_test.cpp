@@ -155,4 +155,62 @@ TEST_F(ModernDisks, ALaptopWithAnNvmeGptSystemDiskAndAUsbStick) {
   EXPECT_EQ(fake_.Mounted(), mounted);
 }
 
+// A FAT volume made by mkfs.fat with the options given, written into image
+// at byte offset (only its first MiB: boot sector, FATs and root folder).
+void PutFatVolume(const std::string& dir, const std::string& image, uint64_t offset,
+                  const std::string& options) {
+  const std::string part = dir + "/fat.img";
+  ASSERT_EQ(dt::Run("rm -f '" + part + "' && truncate -s 32M '" + part + "' && mkfs.fat " +
+                    options + " '" + part + "' >/dev/null 2>&1 && dd if='" + part + "' of='" + image +
+                    "' bs=1M count=1 seek=" + std::to_string(offset) +
+                    " oflag=seek_bytes conv=notrunc status=none"),
+            0);
+}
+
+TEST_F(ModernDisks, APartitionBeyondTwoTebibytesOnAFourTebibyteNvmeDiskIsMounted) {
+  ASSERT_EQ(dt::Run("command -v mkfs.fat >/dev/null"), 0) << "mkfs.fat missing (dosfstools)";
+  const std::string image = dir_ / "big.img";
+  vt::GptImage g;
+  g.totalSectors = 4ull << 31;  // 4 TiB of 512-byte sectors, sparse
+  const uint64_t start = (2ull << 31) + 2048;
+  g.parts = {{"EBD0A0A2-B9E5-4433-87C0-68B6B72699C7", start, start + 65535, 0, u"far"}};
+  g.Write(image);
+  PutFatVolume(dir_.path(), image, start * 512, "-F 16 -n FARAWAY");
+  fake_.AddIdeDisk("/dev/nvme0n1", image, "").nvmeModel = "BIG NVME";
+  fake_.SetPartitionRange("/dev/nvme0n1", 1, start * 512, 65536ull * 512);
+  table_.reset(new View_Disk_Info);
+  table_->UI_InitDevice();
+  table_->GetDiskParttionInfo();
+  ASSERT_EQ(table_->m_Computer.DiskCount, 1);
+  EXPECT_EQ(table_->m_Computer.Disks[0].TotalSectors, 4ull << 31);
+  EXPECT_EQ(table_->m_Computer.Disks[0].Partitions[0].StartSector, start);
+  ASSERT_EQ(table_->GetCurrentParttionNum(), 1);
+  EXPECT_STREQ(table_->m_Volume[0].Node, "/dev/nvme0n1p1");
+  EXPECT_STREQ(table_->m_Volume[0].VolumeLabel, "FARAWAY    ");
+  EXPECT_EQ(fake_.Mounted().at("/mnt/C"), "/dev/nvme0n1p1");
+}
+
+TEST_F(ModernDisks, SectorsOf4096BytesAreReadAsTheDiskReportsThem) {
+  ASSERT_EQ(dt::Run("command -v mkfs.fat >/dev/null"), 0) << "mkfs.fat missing (dosfstools)";
+  const std::string image = dir_ / "4k.img";
+  vt::GptImage g;
+  g.bps = 4096;
+  g.totalSectors = 32768;  // 128 MiB
+  g.parts = {{"EBD0A0A2-B9E5-4433-87C0-68B6B72699C7", 256, 256 + 16383, 0, u"data"}};
+  g.Write(image);
+  PutFatVolume(dir_.path(), image, 256ull * 4096, "-F 32 -S 4096 -s 1 -n FOURK");
+  vt::FakeDisk& disk = fake_.AddIdeDisk("/dev/nvme0n1", image, "");
+  disk.nvmeModel = "4K NVME";
+  disk.sectorSize = 4096;
+  fake_.SetPartitionRange("/dev/nvme0n1", 1, 256ull * 4096, 16384ull * 4096);
+  table_.reset(new View_Disk_Info);
+  table_->UI_InitDevice();
+  ASSERT_EQ(table_->m_Computer.DiskCount, 1);
+  EXPECT_EQ(table_->m_Computer.Disks[0].BytesPerSector, 4096);
+  EXPECT_EQ(table_->m_Computer.Disks[0].PartitionTable, GPT_RESULT_PRIMARY);
+  ASSERT_EQ(table_->GetCurrentParttionNum(), 1);
+  EXPECT_EQ(table_->m_Volume[0].FsType, FS_TYPE_FAT32);
+  EXPECT_STREQ(table_->m_Volume[0].VolumeLabel, "FOURK      ");
+}
+
 }  // namespace
