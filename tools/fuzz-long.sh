@@ -1,7 +1,7 @@
 #!/bin/bash
 # Runs the disk layer's fuzz targets for longer than the test suite does.
 #
-#   tools/fuzz-long.sh SECONDS [partition_walk] [volume_detect] [discovery]
+#   tools/fuzz-long.sh SECONDS [partition_walk] [gpt_walk] [volume_detect] [discovery]
 #
 # Builds the fuzz build (clang, libFuzzer, AddressSanitizer and
 # UndefinedBehaviorSanitizer) in build-fuzz/ (or $BUILD_DIR), then runs each
@@ -18,7 +18,7 @@ root=$PWD
 seconds=$1
 shift
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(partition_walk volume_detect discovery)
+[ ${#targets[@]} -gt 0 ] || targets=(partition_walk gpt_walk volume_detect discovery)
 build=${BUILD_DIR:-$root/build-fuzz}
 
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \

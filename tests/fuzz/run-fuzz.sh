@@ -2,7 +2,7 @@
 # Runs one fuzz target for a while from fresh seeds and fails on any crash,
 # sanitizer report, leak, time-out or broken invariant:
 #   run-fuzz.sh FUZZER KIND MAKE_FUZZ_SEED WORKDIR SECONDS [libFuzzer options...]
-# KIND is partition_walk, volume_detect or discovery. WORKDIR/seeds is made anew;
+# KIND is partition_walk, gpt_walk, volume_detect or discovery. WORKDIR/seeds is made anew;
 # WORKDIR/corpus is kept between runs (it only grows); crashing inputs land
 # in WORKDIR/artifacts/.
 set -uo pipefail
