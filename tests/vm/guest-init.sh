@@ -1,7 +1,7 @@
 #!/bin/sh
 # /init of the VM test's guest. Loads the disk drivers one controller at a
 # time so the disks get fixed names (IDE sda, SATA sdb, virtio-scsi sdc, USB
-# sdd), runs vantori-probe three times (default, --no-mount, --keep-mounted)
+# sdd, then NVMe nvme0n1, virtio-blk vda, SD card mmcblk0), runs vantori-probe three times (default, --no-mount, --keep-mounted)
 # and prints what the host side checks between "@@VT" markers on the serial
 # console, then powers off.
 export PATH=/usr/sbin:/usr/bin:/sbin:/bin
@@ -44,6 +44,13 @@ wait_node sdc1 || fail "the virtio-scsi disk did not appear as /dev/sdc"
 load xhci_pci
 load usb_storage delay_use=0
 wait_node sdd1 || fail "the USB stick did not appear as /dev/sdd"
+load nvme
+wait_node nvme0n1p3 || fail "the NVMe disk did not appear as /dev/nvme0n1"
+load virtio_blk
+wait_node vda1 || fail "the virtio-blk disk did not appear as /dev/vda"
+load sdhci_pci
+load mmc_block
+wait_node mmcblk0p2 || fail "the SD card did not appear as /dev/mmcblk0"
 for m in nls_cp437 nls_ascii nls_iso8859_1 nls_utf8 fat vfat fuse; do load $m; done
 wait_node fuse || fail "/dev/fuse did not appear"
 i=0
@@ -59,6 +66,19 @@ for d in /sys/block/sd*; do
     "$(cat $d/removable)" "$(cat $d/size)" "$(readlink -f $d/device)"
 done
 say END sysfs
+# NVMe, virtio and SD/eMMC disks: name, card type, model or card name,
+# removable, size, device.
+say BEGIN sysfs-other
+for d in /sys/block/nvme* /sys/block/vd* /sys/block/mmcblk*; do
+  [ -e "$d" ] || continue
+  n=${d##*/}
+  case $n in mmcblk*boot*|mmcblk*rpmb) continue ;; esac
+  type=$(cat $d/device/type 2>/dev/null || echo -)
+  model=$(cat $d/device/model 2>/dev/null || cat $d/device/name 2>/dev/null || echo -)
+  printf '%s\t%s\t%s\t%s\t%s\t%s\n' "$n" "$type" "$model" "$(cat $d/removable)" "$(cat $d/size)" \
+    "$(readlink -f $d/device)"
+done
+say END sysfs-other
 say BEGIN partitions
 cat /proc/partitions
 say END partitions

@@ -51,6 +51,7 @@ done
 # kernel modules with their dependencies (soft dependencies included)
 modules="crc64_rocksoft_generic crct10dif_generic sd_mod sg sr_mod ata_piix ahci
   virtio_pci virtio_scsi xhci_pci ehci_pci uhci_hcd usb_storage uas
+  nvme virtio_blk sdhci_pci mmc_block
   fat vfat nls_cp437 nls_ascii nls_iso8859_1 nls_utf8 fuse"
 [ -d "/lib/modules/$kver" ] || die "/lib/modules/$kver missing (package linux-image-amd64)"
 for m in $modules; do

@@ -68,6 +68,11 @@ timeout "${VT_VM_TIMEOUT:-300}" qemu-system-x86_64 \
   -device scsi-hd,bus=vscsi0.0,drive=vs0,vendor=TESTVEND,product=VSCSI-DISK \
   -device qemu-xhci,id=usbhc -drive if=none,id=usb0,file="$work/usb.img",format=raw \
   -device usb-storage,bus=usbhc.0,drive=usb0,removable=on \
+  -drive if=none,id=nvm0,file="$work/nvme.img",format=raw \
+  -device nvme,serial=NVME0001,drive=nvm0 \
+  -drive if=none,id=vb0,file="$work/vblk.img",format=raw -device virtio-blk-pci,drive=vb0 \
+  -device sdhci-pci -drive if=none,id=sd0,file="$work/sdcard.img",format=raw \
+  -device sd-card,drive=sd0 \
   </dev/null >"$log" 2>"$work/qemu.stderr"
 qrc=$?
 t2=$SECONDS

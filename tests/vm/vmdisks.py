@@ -1,8 +1,9 @@
 #!/usr/bin/python3
 """Disk images for the VM test and the check of what vantori-probe printed.
 
-  vmdisks.py make WORKDIR          makes ide.img, sata.img, vscsi.img, usb.img
-                                   and expected.json in WORKDIR
+  vmdisks.py make WORKDIR          makes ide.img, nvme.img, vblk.img, sdcard.img,
+                                   sata.img, vscsi.img, usb.img and
+                                   expected.json in WORKDIR
   vmdisks.py check WORKDIR LOG     checks the guest's serial log against
                                    expected.json; exit 0 when all checks pass
 
@@ -24,10 +25,45 @@ import sys
 MIB = 1 << 20
 SECTOR = 512
 
-# Partition entries: ('data', type byte, file system, size MiB, label, options)
+# GPT partition types.
+ESP = 'C12A7328-F81F-11D2-BA4B-00A0C93EC93B'
+MSR = 'E3C9E316-0B5C-4DB8-817D-F92DF00215AE'
+BASIC_DATA = 'EBD0A0A2-B9E5-4433-87C0-68B6B72699C7'
+
+# Partition entries: ('gpt', type GUID, file system, size MiB, label, name)
+# on a disk with 'table': 'gpt' (only basic data gets a letter), or
+# ('data', type byte, file system, size MiB, label, options)
 # or ('ext', [logical data entries]). File system None leaves the partition
 # empty. Options: 'boot' marks the entry active; 'cluster=N' is mkntfs' -c.
 DISKS = [
+    # In the order discovery finds them: NVMe, virtio, SD/eMMC, then the
+    # SCSI nodes (the guest's IDE disk is sda through libata).
+    {
+        # An NVMe system disk as a desktop system installs it (GPT).
+        'key': 'nvme', 'node': 'nvme0n1', 'kind': 'nvme', 'size_mib': 64, 'chs': None, 'ata': False,
+        'removable': False, 'table': 'gpt',
+        'parts': [
+            ('gpt', ESP, 'fat16', 16, 'EFI', 'EFI system partition'),
+            ('gpt', MSR, None, 4, None, 'Microsoft reserved partition'),
+            ('gpt', BASIC_DATA, 'ntfs', 24, 'NVME WINDOWS', 'Basic data partition'),
+        ],
+    },
+    {
+        'key': 'vblk', 'node': 'vda', 'kind': 'virtio', 'size_mib': 32, 'chs': None, 'ata': False,
+        'removable': False,
+        'parts': [
+            ('data', 0x0C, 'fat32', 24, 'VIRTIO BLK', ''),
+        ],
+    },
+    {
+        # qemu's SD card needs a size that is a power of 2.
+        'key': 'sdcard', 'node': 'mmcblk0', 'kind': 'mmc', 'size_mib': 64, 'chs': None, 'ata': False,
+        'removable': True,
+        'parts': [
+            ('data', 0x06, 'fat16', 32, 'SD CARD', ''),
+            ('data', 0x07, 'ntfs', 16, 'SD NTFS', ''),
+        ],
+    },
     {
         'key': 'ide', 'node': 'sda', 'size_mib': 64, 'chs': None, 'ata': True,
         'vendor': 'ATA', 'product': 'TEST-IDE-DISK', 'removable': False,
@@ -84,6 +120,11 @@ def run(cmd, **kw):
 
 
 def sfdisk_script(disk):
+    if disk.get('table') == 'gpt':
+        lines = ['label: gpt', 'unit: sectors']
+        for (_, ptype, _fs, size, _label, name) in disk['parts']:
+            lines.append('size=%dMiB, type=%s, name="%s"' % (size, ptype, name))
+        return '\n'.join(lines) + '\n'
     lines = ['label: dos', 'unit: sectors']
     for entry in disk['parts']:
         if entry[0] == 'ext':
@@ -235,7 +276,13 @@ def make(work):
         data_entries = []
         for entry in disk['parts']:
             data_entries += entry[1] if entry[0] == 'ext' else [entry]
-        records = table_records(img)
+        gpt = disk.get('table') == 'gpt'
+        if gpt:
+            # GPT partitions are numbered by their entry, as sfdisk lists them.
+            records = [(int(re.search(r'(\d+)$', p['node']).group(1)), p['start'], p['size'], p['start'])
+                       for p in dump]
+        else:
+            records = table_records(img)
         if len(records) != len(data_entries):
             raise SystemExit('%s: %d records in the table, %d planned' % (img, len(records), len(data_entries)))
         by_number = {int(re.search(r'(\d+)$', p['node']).group(1)): p for p in dump}
@@ -244,11 +291,17 @@ def make(work):
             _, ptype, fs, size_mib, label, opts = entry
             # The table walk above must agree with sfdisk's own view.
             p = by_number.get(number)
-            if p is None or p['start'] != vol_start or p['size'] != size or int(p['type'], 16) != ptype:
+            same_type = (p['type'] == ptype) if gpt else (int(p['type'], 16) == ptype) if p else False
+            if p is None or p['start'] != vol_start or p['size'] != size or not same_type:
                 raise SystemExit('%s: partition %d: table walk disagrees with sfdisk: %r' % (img, number, p))
-            make_fs(img, work, fs, label, opts, vol_start, size)
-            letter = chr(discovery_letter) if discovery_letter < ord('Z') else '-'
-            discovery_letter += 1
+            make_fs(img, work, fs, label, '' if gpt else opts, vol_start, size)
+            # Of a GPT only basic-data partitions get letters.
+            lettered = not gpt or ptype == BASIC_DATA
+            if lettered:
+                letter = chr(discovery_letter) if discovery_letter < ord('Z') else '-'
+                discovery_letter += 1
+            else:
+                letter = '-'
             if fs is None:
                 shown_label = ''
             elif fs == 'ntfs':
@@ -256,14 +309,16 @@ def make(work):
             else:
                 shown_label = (label or '').ljust(11) if label else ''
             parts.append({'number': number, 'start': table_start, 'size': size, 'volume_start': vol_start,
-                          'fs': FS_NUMBER[fs], 'label': shown_label, 'letter': letter})
+                          'fs': FS_NUMBER[fs], 'label': shown_label, 'letter': letter,
+                          'lettered': lettered, 'gpt': [ptype, opts] if gpt else None})
         geometry = table_geometry(img)
         if disk['chs'] and geometry != tuple(disk['chs']):
             raise SystemExit('%s: table geometry %r, planned %r' % (img, geometry, disk['chs']))
         expected['disks'].append({
-            'key': disk['key'], 'node': disk['node'], 'image': img,
+            'key': disk['key'], 'node': disk['node'], 'image': img, 'kind': disk.get('kind', 'scsi'),
+            'table': 'gpt' if gpt else 'mbr',
             'total': disk['size_mib'] * MIB // SECTOR,
-            'vendor': disk['vendor'], 'product': disk['product'], 'removable': disk['removable'],
+            'vendor': disk.get('vendor'), 'product': disk.get('product'), 'removable': disk['removable'],
             'ata': disk['ata'], 'table_geometry': geometry, 'partitions': parts})
     with open(os.path.join(work, 'expected.json'), 'w') as f:
         json.dump(expected, f, indent=1)
@@ -312,6 +367,8 @@ def sections(log):
 
 def size_text(n):
     g = n / 1024 / 1024 / 1024
+    if g > 1024.0:
+        return '%.1f TB' % (g / 1024)
     return '%.1f GB' % g if g > 1.0 else '%d MB' % (n >> 20)
 
 
@@ -323,9 +380,30 @@ def records(lines, kind):
     return [l.split('\t')[1:] for l in lines if l.split('\t')[0] == kind]
 
 
+def part_node(node, number):
+    """A partition's node as the kernel names it: a "p" after a disk name
+    that ends in a digit (nvme0n1p3, mmcblk0p1)."""
+    return '/dev/%s%s%d' % (node, 'p' if node[-1].isdigit() else '', number)
+
+
+def expected_model(want, sysfs):
+    """The model field the probe prints for a disk (40 characters, padded)."""
+    info = sysfs[want['node']]
+    if want['kind'] == 'scsi':
+        return info[0].ljust(8)[:8] + info[1].ljust(16)[:16]
+    if want['kind'] == 'nvme':
+        return info[1].ljust(40)[:40]  # the identify data's model number
+    if want['kind'] == 'mmc':
+        return info[1][:40]            # the card's name
+    return 'Virtio disk'
+
+
 def check_probe_records(c, run, lines, expected, sysfs):
     disks = records(lines, 'disk')
     parts = records(lines, 'partition')
+    tables = records(lines, 'table')
+    c.eq('%s: table lines' % run, tables,
+         [['/dev/' + d['node'], d['table']] for d in expected['disks']])
     c.eq('%s: disk paths in order' % run, [d[0] for d in disks],
          ['/dev/' + d['node'] for d in expected['disks']])
     for d in disks:
@@ -335,10 +413,10 @@ def check_probe_records(c, run, lines, expected, sysfs):
             continue
         path, model, flags, bps, heads, spt, cyl, total, count = got
         name = '%s %s' % (run, path)
-        vendor, product = sysfs[want['node']][0], sysfs[want['node']][1]
-        c.eq('%s: model' % name, unescape_model(model), vendor.ljust(8)[:8] + product.ljust(16)[:16])
-        c.true('%s: model names the configured device' % name,
-               unescape_model(model).startswith(want['vendor'].ljust(8)) and want['product'] in model, model)
+        c.eq('%s: model' % name, unescape_model(model), expected_model(want, sysfs))
+        if want['kind'] == 'scsi':
+            c.true('%s: model names the configured device' % name,
+                   unescape_model(model).startswith(want['vendor'].ljust(8)) and want['product'] in model, model)
         c.eq('%s: flags' % name, flags, '7' if want['removable'] else '6')
         c.eq('%s: bytes per sector' % name, bps, '512')
         c.eq('%s: total sectors' % name, total, str(want['total']))
@@ -357,8 +435,10 @@ def check_probe_records(c, run, lines, expected, sysfs):
     c.eq('%s: number of partition lines' % run, len(parts), len(want_parts))
     for (path, p), got in zip(want_parts, parts):
         name = '%s %s%d' % (run, path, p['number'])
-        if not c.eq('%s: partition line field count' % name, len(got), 7):
+        if not c.eq('%s: partition line field count' % name, len(got), 9 if p['gpt'] else 7):
             continue
+        if p['gpt']:
+            c.eq('%s: GPT type and name' % name, got[7:9], p['gpt'])
         c.eq('%s: disk and number' % name, (got[0], got[1]), (path, str(p['number'])))
         c.eq('%s: discovery letter' % name, got[2], p['letter'])
         c.eq('%s: start sector' % name, got[3], str(p['start']))
@@ -372,7 +452,7 @@ def mounted_volumes(expected):
     letter = ord('C')
     for d in expected['disks']:
         for p in d['partitions']:
-            if p['fs'] == 0:
+            if p['fs'] == 0 or not p['lettered']:
                 continue
             out.append((chr(letter), d, p))
             letter += 1
@@ -415,7 +495,7 @@ def check(work, logfile):
         return c
 
     sysfs = {}
-    for line in secs['sysfs']:
+    for line in secs['sysfs'] + secs.get('sysfs-other', []):
         f = line.split('\t')
         if len(f) >= 6:
             sysfs[f[0]] = (f[1].rstrip(), f[2].rstrip(), f[3], int(f[4]), f[5])
@@ -423,9 +503,12 @@ def check(work, logfile):
         s = sysfs.get(d['node'])
         if not c.true('guest has /dev/%s' % d['node'], s is not None):
             return c
-        c.eq('/dev/%s is the %s disk' % (d['node'], d['key']), (s[0], s[1]), (d['vendor'], d['product']))
         c.eq('/dev/%s size' % d['node'], s[3], d['total'])
-        c.eq('/dev/%s removable attribute' % d['node'], s[2], '1' if d['removable'] else '0')
+        if d['kind'] == 'scsi':
+            c.eq('/dev/%s is the %s disk' % (d['node'], d['key']), (s[0], s[1]), (d['vendor'], d['product']))
+            c.eq('/dev/%s removable attribute' % d['node'], s[2], '1' if d['removable'] else '0')
+        if d['kind'] == 'mmc':
+            c.eq('/dev/%s is an SD card' % d['node'], s[0], 'SD')
 
     for run in ('default', 'nomount', 'kept'):
         key = 'probe-' + run
@@ -447,7 +530,7 @@ def check(work, logfile):
     c.eq('mount points in use after --keep-mounted', sorted(mounts), sorted('/mnt/' + l for l, _, _ in want))
     for letter, d, p in want:
         c.eq('/mnt/%s mounted from' % letter, mounts.get('/mnt/' + letter),
-             ('/dev/%s%d' % (d['node'], p['number']), 'fuseblk' if p['fs'] == 4 else 'vfat'))
+             (part_node(d['node'], p['number']), 'fuseblk' if p['fs'] == 4 else 'vfat'))
 
     statfs = {}
     for line in secs.get('statfs-kept', []):
@@ -469,7 +552,7 @@ def main():
             secs, _ = sections(f.read())
         print('records of the --keep-mounted run:')
         for line in secs.get('probe-kept', []):
-            if line.split('\t')[0] in ('disk', 'partition', 'volume'):
+            if line.split('\t')[0] in ('disk', 'table', 'partition', 'volume'):
                 print('  ' + line.replace('\t', ' | '))
         for f in c.failed:
             print('FAIL: ' + f)
