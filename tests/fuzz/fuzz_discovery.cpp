@@ -1,4 +1,5 @@
-// Fuzz target: disk discovery (DiskListFun with the IDE and SCSI probes, the
+// Fuzz target: disk discovery (DiskListFun with the IDE, NVMe, virtio, SD/eMMC
+// and SCSI probes, the
 // SCSI generic list, geometry and the partition walks) against device nodes
 // whose answers come from the fuzz input.
 //
@@ -13,6 +14,7 @@
 //     SG_GET_SCSI_ID        sizeof(sg_scsi_id),
 //     SG_IO                 as many bytes as the request asks for,
 //     SCSI_IOCTL_GET_PCI    20 (the kernel copies at most 20, no NUL),
+//     NVME_IOCTL_ADMIN_CMD  the first 64 bytes of the identify data,
 //     BLKSSZGET 4, BLKGETSIZE64 8, BLKGETSIZE 8, HDIO_GETGEO 4
 // When the answers run out, every further byte reads as zero.
 #include <errno.h>
@@ -20,6 +22,7 @@
 #include <linux/cdrom.h>
 #include <linux/fs.h>
 #include <linux/hdreg.h>
+#include <linux/nvme_ioctl.h>
 #include <scsi/scsi.h>
 #include <scsi/scsi_ioctl.h>
 #include <scsi/sg.h>
@@ -104,6 +107,12 @@ int AnswerIoctl(int fd, unsigned long request, void* arg) {
     case SCSI_IOCTL_GET_PCI:
       NextBytes(arg, 20);
       return 0;
+    case NVME_IOCTL_ADMIN_CMD: {
+      nvme_admin_cmd* command = static_cast<nvme_admin_cmd*>(arg);
+      if (command->addr == 0 || command->data_len < 64) FuzzDisk::Broken("NVMe identify without room", command->data_len);
+      NextBytes(reinterpret_cast<void*>(static_cast<uintptr_t>(command->addr)), 64);
+      return 0;
+    }
     case BLKSSZGET:
       NextBytes(arg, 4);
       return 0;
@@ -123,6 +132,33 @@ int AnswerIoctl(int fd, unsigned long request, void* arg) {
       errno = ENOTTY;
       return -1;
   }
+}
+
+// The group (0 IDE, 1 NVMe, 2 virtio, 3 SD/eMMC, 4 SCSI) and the place in
+// it of a node discovery may keep; false for any other path.
+bool NodeRank(const char* path, int* rank, int* index) {
+  char c = 0, extra = 0;
+  int a = 0, b = 0;
+  if (sscanf(path, "/dev/hd%c%c", &c, &extra) == 1 && c >= 'a' && c <= 'd') {
+    *rank = 0;
+    *index = c - 'a';
+  } else if (sscanf(path, "/dev/nvme%dn%d%c", &a, &b, &extra) == 2 && a >= 0 && a <= 7 && b >= 1 &&
+             b <= 4) {
+    *rank = 1;
+    *index = a * 4 + b - 1;
+  } else if (sscanf(path, "/dev/vd%c%c", &c, &extra) == 1 && c >= 'a' && c <= 'p') {
+    *rank = 2;
+    *index = c - 'a';
+  } else if (sscanf(path, "/dev/mmcblk%d%c", &a, &extra) == 1 && a >= 0 && a <= 7) {
+    *rank = 3;
+    *index = a;
+  } else if (sscanf(path, "/dev/sd%c%c", &c, &extra) == 1 && c >= 'a' && c <= 'j') {
+    *rank = 4;
+    *index = c - 'a';
+  } else {
+    return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -150,25 +186,26 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (count < 0 || count > MAX_DISK_COUNT) FuzzDisk::Broken("disk count", count);
   if (count != root.DiskCount) FuzzDisk::Broken("count differs from the inventory's", root.DiskCount);
   if (count > 0 && root.Disks == nullptr) FuzzDisk::Broken("disks counted but no array", count);
-  char lastPath[16] = "";
+  int lastRank = -1, lastIndex = -1;
   char letter = 'C';
   for (int d = 0; d < count; ++d) {
     const HardDiskInformation& disk = root.Disks[d];
     if (memchr(disk.DevicePath, 0, sizeof(disk.DevicePath)) == nullptr) FuzzDisk::Broken("device path not terminated", d);
-    bool ide = strncmp(disk.DevicePath, "/dev/hd", 7) == 0 && disk.DevicePath[7] >= 'a' &&
-               disk.DevicePath[7] <= 'd' && disk.DevicePath[8] == 0;
-    bool scsi = strncmp(disk.DevicePath, "/dev/sd", 7) == 0 && disk.DevicePath[7] >= 'a' &&
-                disk.DevicePath[7] <= 'j' && disk.DevicePath[8] == 0;
-    if (!ide && !scsi) FuzzDisk::Broken("device path", d);
-    // IDE nodes first, each group in letter order.
-    if (lastPath[0] != 0 && strcmp(lastPath, disk.DevicePath) >= 0) FuzzDisk::Broken("disk order", d);
-    snprintf(lastPath, sizeof(lastPath), "%s", disk.DevicePath);
+    int rank = -1, index = -1;
+    if (!NodeRank(disk.DevicePath, &rank, &index)) FuzzDisk::Broken("device path", d);
+    // IDE, NVMe, virtio, SD/eMMC, then SCSI nodes, each group in its order.
+    if (rank < lastRank || (rank == lastRank && index <= lastIndex)) FuzzDisk::Broken("disk order", d);
+    lastRank = rank;
+    lastIndex = index;
+    const bool scsi = rank == 4;
+    if (rank >= 1 && rank <= 3 && (disk.Flags & 6) != 6) FuzzDisk::Broken("block disk without DMA and LBA bits", disk.Flags);
     if (disk.PartitionCount > MAX_PARTITION_RECORDS) FuzzDisk::Broken("partition count", disk.PartitionCount);
     if (disk.PartitionCount > 0 && disk.Partitions == nullptr) FuzzDisk::Broken("partitions counted but no array", d);
     if (disk.Flags & ~7u) FuzzDisk::Broken("unknown disk flag bits", disk.Flags);
     if (scsi && disk.Model[0] != 0 && (disk.Flags & 6) != 6) FuzzDisk::Broken("matched SCSI disk without DMA and LBA bits", disk.Flags);
     for (int p = 0; p < disk.PartitionCount; ++p) {
-      char want = letter < 'Z' ? letter++ : 0;
+      // A GPT partition without a letter takes none from the others.
+      char want = disk.Partitions[p].NoLetter ? 0 : letter < 'Z' ? letter++ : 0;
       if (disk.Partitions[p].DriveLetter != want) FuzzDisk::Broken("drive letter", disk.Partitions[p].DriveLetter);
     }
   }
