@@ -15,10 +15,10 @@ int NextTabStop(const std::vector<bool>& usable, int current, bool forward) {
 }
 
 int TabCycle::FocusedStop() const {
-  const wxWindow* focus = wxWindow::FindFocus();
+  wxWindow* focus = wxWindow::FindFocus();
   if (focus == nullptr) return -1;
   for (size_t i = 0; i < m_stops.size(); ++i)
-    if (m_stops[i] == focus || m_stops[i]->IsDescendant(const_cast<wxWindow*>(focus)))
+    if (m_stops[i] == focus || m_stops[i]->IsDescendant(focus))
       return static_cast<int>(i);
   return -1;
 }

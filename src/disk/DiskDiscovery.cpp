@@ -370,15 +370,17 @@ static int GetBlockDisk(int fd, NodeKind kind, HardDiskInformation* disk, int re
   if (g_DeviceSeam.Ioctl(fd, BLKGETSIZE64, &bytes) == -1 || bytes == 0) return -1;
   char text[64];
   memset(disk->Model, 0, sizeof(disk->Model));
-  if (kind == NODE_NVME && NvmeModel(fd, disk->Model)) {
-    // as the controller gives it
-  } else if (ReadDiskAttribute(disk, kind == NODE_MMC ? "device/name" : "device/model", text,
-                               sizeof(text))) {
-    memcpy(disk->Model, text, strnlen(text, sizeof(disk->Model)));
-  } else {
-    const char* fallback = kind == NODE_NVME ? "NVMe disk" : kind == NODE_VIRTIO ? "Virtio disk"
-                                                                                : "SD/MMC card";
-    memcpy(disk->Model, fallback, strlen(fallback));
+  const bool identified = kind == NODE_NVME && NvmeModel(fd, disk->Model);
+  if (!identified) {
+    if (ReadDiskAttribute(disk, kind == NODE_MMC ? "device/name" : "device/model", text,
+                          sizeof(text))) {
+      memcpy(disk->Model, text, strnlen(text, sizeof(disk->Model)));
+    } else {
+      const char* fallback = kind == NODE_NVME     ? "NVMe disk"
+                             : kind == NODE_VIRTIO ? "Virtio disk"
+                                                   : "SD/MMC card";
+      memcpy(disk->Model, fallback, strlen(fallback));
+    }
   }
   uint8_t flags = DISK_FLAG_DMA | DISK_FLAG_LBA;
   if (kind == NODE_MMC) {

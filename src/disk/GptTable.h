@@ -45,7 +45,7 @@ int GptPartitionGetsLetter(const unsigned char* typeGuid, uint64_t attributes);
 int GetGptPartitionInformation(int fd, unsigned short bytesPerSector, uint64_t totalSectors,
                                PartitionInformation** out, int* count);
 
-// The same over the disk's master boot record already read (sector 0),
-// for callers that hold it: GPT_RESULT_NOT_GPT, GPT_RESULT_HYBRID or
-// GPT_RESULT_PRIMARY (protective).
+// What a master boot record (sector 0, size bytes) says about a GPT:
+// GPT_RESULT_NOT_GPT (no protective entry), GPT_RESULT_HYBRID (a protective
+// entry beside others) or GPT_RESULT_PRIMARY (protective only).
 int GptProtectiveKind(const unsigned char* mbr, size_t size);

@@ -51,12 +51,7 @@ class BrowserFrameTest : public vt::FrameOnTestVolumes {
   bool UpEnabled() const {
     return frame->GetUpButton()->GetState() != keln_BitmapButton::STATE_DISABLED;
   }
-  Properties_dialog* OpenDialog() const {
-    for (wxWindow* w : wxTopLevelWindows)
-      if (auto* d = dynamic_cast<Properties_dialog*>(w))
-        if (!d->IsBeingDeleted()) return d;
-    return nullptr;
-  }
+  Properties_dialog* OpenDialog() const { return vt::OpenPropertiesDialog(); }
   // Shows C:\ in the list (the way the tree's activation does).
   void ShowC() {
     tree->SetPath("/mnt/C");

@@ -32,12 +32,7 @@ namespace {
 
 const long kDialogStyle = wxCAPTION | wxCLOSE_BOX | wxSYSTEM_MENU;
 
-Properties_dialog* OpenPropertiesDialog() {
-  for (wxWindow* w : wxTopLevelWindows)
-    if (auto* d = dynamic_cast<Properties_dialog*>(w))
-      if (!d->IsBeingDeleted()) return d;
-  return nullptr;
-}
+using vt::OpenPropertiesDialog;
 
 void DestroyPropertiesDialogs() {
   for (wxWindow* w : wxTopLevelWindows)

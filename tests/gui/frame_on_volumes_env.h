@@ -17,6 +17,14 @@
 
 namespace vt {
 
+// The Properties dialog that is open (not being deleted), or null.
+inline Properties_dialog* OpenPropertiesDialog() {
+  for (wxWindow* w : wxTopLevelWindows)
+    if (auto* d = dynamic_cast<Properties_dialog*>(w))
+      if (!d->IsBeingDeleted()) return d;
+  return nullptr;
+}
+
 class FrameOnTestVolumes : public ::testing::Test {
  protected:
   virtual void MakeFiles() {}

@@ -10,6 +10,7 @@
 
 #include <sys/stat.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,16 @@ class Keys {
   void Key(int key, int modifiers = wxMOD_NONE) {
     sim.Char(key, modifiers);
     vt::Pump(60);
+  }
+  // Presses Tab (Shift+Tab with wxMOD_SHIFT) `presses` times; the stop that
+  // has the focus after each press.
+  std::vector<int> TabWalk(int presses, int modifiers, const std::function<int()>& focusedStop) {
+    std::vector<int> stops;
+    for (int i = 0; i < presses; ++i) {
+      Key(WXK_TAB, modifiers);
+      stops.push_back(focusedStop());
+    }
+    return stops;
   }
   // The index of the stop that holds the keyboard focus, -1 for none.
   static int FocusedStop(const std::vector<wxWindow*>& stops) {
@@ -96,12 +107,7 @@ class KeyboardTest : public vt::FrameOnTestVolumes, public Keys {
     ASSERT_TRUE(vt::PumpUntil([&] { return list->GetCurrentListctrlPath() == "/mnt/C/"; }));
     vt::Pump(60);
   }
-  Properties_dialog* OpenProperties() const {
-    for (wxWindow* w : wxTopLevelWindows)
-      if (auto* d = dynamic_cast<Properties_dialog*>(w))
-        if (!d->IsBeingDeleted()) return d;
-    return nullptr;
-  }
+  Properties_dialog* OpenProperties() const { return vt::OpenPropertiesDialog(); }
 
   my_listctrl* list = nullptr;
   my_DirTreeCtrl* tree = nullptr;
@@ -123,18 +129,10 @@ TEST_F(KeyboardTest, TabVisitsTreeListPathHelpCopyExitAndBack) {
   ASSERT_EQ(tree->GetPath(), "/mnt/C/docs");
   ASSERT_TRUE(frame->GetCopyButton()->IsEnabled());
   ASSERT_EQ(FocusedStop(), 1);
-  std::vector<int> forward;
-  for (int i = 0; i < 6; ++i) {
-    Key(WXK_TAB);
-    forward.push_back(FocusedStop());
-  }
-  EXPECT_EQ(forward, (std::vector<int>{2, 3, 4, 5, 0, 1}));
-  std::vector<int> back;
-  for (int i = 0; i < 6; ++i) {
-    Key(WXK_TAB, wxMOD_SHIFT);
-    back.push_back(FocusedStop());
-  }
-  EXPECT_EQ(back, (std::vector<int>{0, 5, 4, 3, 2, 1}));
+  EXPECT_EQ(TabWalk(6, wxMOD_NONE, [&] { return FocusedStop(); }),
+            (std::vector<int>{2, 3, 4, 5, 0, 1}));
+  EXPECT_EQ(TabWalk(6, wxMOD_SHIFT, [&] { return FocusedStop(); }),
+            (std::vector<int>{0, 5, 4, 3, 2, 1}));
 }
 
 TEST_F(KeyboardTest, ADisabledCopyIsPassedOver) {
@@ -249,18 +247,10 @@ TEST_F(DesPanelKeyboardTest, TheListHasTheFocusAndTabGoesChoiceListButtons) {
   Volumes();
   Open();
   EXPECT_EQ(FocusedStop(), 1);
-  std::vector<int> forward;
-  for (int i = 0; i < 6; ++i) {
-    Key(WXK_TAB);
-    forward.push_back(FocusedStop());
-  }
-  EXPECT_EQ(forward, (std::vector<int>{2, 3, 4, 5, 0, 1}));
-  std::vector<int> back;
-  for (int i = 0; i < 6; ++i) {
-    Key(WXK_TAB, wxMOD_SHIFT);
-    back.push_back(FocusedStop());
-  }
-  EXPECT_EQ(back, (std::vector<int>{0, 5, 4, 3, 2, 1}));
+  EXPECT_EQ(TabWalk(6, wxMOD_NONE, [&] { return FocusedStop(); }),
+            (std::vector<int>{2, 3, 4, 5, 0, 1}));
+  EXPECT_EQ(TabWalk(6, wxMOD_SHIFT, [&] { return FocusedStop(); }),
+            (std::vector<int>{0, 5, 4, 3, 2, 1}));
 }
 
 TEST_F(DesPanelKeyboardTest, PickAVolumeAndAFolderAndPressOk) {
